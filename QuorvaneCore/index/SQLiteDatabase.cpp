@@ -1,0 +1,85 @@
+#include "QuorvaneCore/index/SQLiteDatabase.h"
+
+#include <cstdlib>
+
+#include <sqlite3.h>
+
+#include "QuorvaneCore/index/SQLiteStatement.h"
+
+namespace quorvane {
+namespace {
+
+std::string messageOf(sqlite3* handle) {
+    const char* message = ::sqlite3_errmsg(handle);
+    if (message == nullptr) std::abort();
+    return message;
+}
+
+}  // namespace
+
+std::shared_ptr<SQLiteDatabase> SQLiteDatabase::open(const std::string& path, int flags) {
+    sqlite3* handle = nullptr;
+    const int result = ::sqlite3_open_v2(path.c_str(), &handle, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
+    if (result != SQLITE_OK) {
+        const std::string message = handle == nullptr ? "unknown" : messageOf(handle);
+        ::sqlite3_close_v2(handle);
+        throw SQLiteError{SQLiteError::Kind::Open, message};
+    }
+    return std::shared_ptr<SQLiteDatabase>{new SQLiteDatabase{handle}};
+}
+
+std::shared_ptr<SQLiteDatabase> SQLiteDatabase::open(const std::string& path) {
+    std::shared_ptr<SQLiteDatabase> database = open(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    // Waiting comes first: several processes may open the file at once, and the first look at a write-ahead log can
+    // meet another one's recovery of it.
+    database->execute("PRAGMA busy_timeout=5000;");
+    database->execute("PRAGMA journal_mode=WAL;");
+    database->execute("PRAGMA synchronous=NORMAL;");
+    return database;
+}
+
+std::shared_ptr<SQLiteDatabase> SQLiteDatabase::openReadOnly(const std::string& path) {
+    std::shared_ptr<SQLiteDatabase> database = open(path, SQLITE_OPEN_READONLY);
+    database->execute("PRAGMA busy_timeout=5000;");
+    return database;
+}
+
+SQLiteDatabase::~SQLiteDatabase() {
+    ::sqlite3_close_v2(handle_);
+}
+
+void SQLiteDatabase::execute(const std::string& sql) {
+    char* text = nullptr;
+    if (::sqlite3_exec(handle_, sql.c_str(), nullptr, nullptr, &text) == SQLITE_OK) return;
+    const std::string message = text == nullptr ? "unknown" : text;
+    ::sqlite3_free(text);
+    throw SQLiteError{SQLiteError::Kind::Step, message};
+}
+
+std::shared_ptr<SQLiteStatement> SQLiteDatabase::prepare(const std::string& sql) {
+    sqlite3_stmt* statement = nullptr;
+    if (::sqlite3_prepare_v2(handle_, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
+        throw SQLiteError{SQLiteError::Kind::Prepare, lastMessage()};
+    }
+    return std::shared_ptr<SQLiteStatement>{new SQLiteStatement{statement, shared_from_this()}};
+}
+
+void SQLiteDatabase::transaction(FunctionView<void()> body) {
+    execute("BEGIN;");
+    try {
+        body();
+        execute("COMMIT;");
+    } catch (...) {
+        try {
+            execute("ROLLBACK;");
+        } catch (const SQLiteError&) {  // NOLINT(bugprone-empty-catch): the first failure is the one to tell
+        }
+        throw;
+    }
+}
+
+std::string SQLiteDatabase::lastMessage() const {
+    return messageOf(handle_);
+}
+
+}  // namespace quorvane

@@ -1,0 +1,126 @@
+#include "QuorvaneCore/platform/Calendar.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include <unicode/basictz.h>
+#include <unicode/timezone.h>
+#include <unicode/tztrans.h>
+
+namespace quorvane {
+namespace {
+
+constexpr double secondsPerDay = 86400.0;
+
+std::string utf8(const icu::UnicodeString& text) {
+    std::string result;
+    text.toUTF8String(result);
+    return result;
+}
+
+std::string identifierOf(const icu::TimeZone& zone) {
+    icu::UnicodeString identifier;
+    zone.getID(identifier);
+    return utf8(identifier);
+}
+
+/// The library counts in milliseconds. Dates beyond what any calendar is used for are held at the rim, where every
+/// step below stays exact.
+double milliseconds(Date date) noexcept {
+    constexpr double rim = 1e14;
+    if (std::isnan(date.secondsSince1970)) return -rim;
+    return std::clamp(std::floor(date.secondsSince1970 * 1000.0), -rim, rim);
+}
+
+}  // namespace
+
+struct Calendar::State {
+    std::string timeZoneID;
+    std::string identifier;
+    std::unique_ptr<const icu::BasicTimeZone> zone;
+
+    /// Seconds east of Greenwich.
+    [[nodiscard]] double offset(double millis) const {
+        UErrorCode status = U_ZERO_ERROR;
+        std::int32_t raw = 0;
+        std::int32_t daylight = 0;
+        zone->getOffset(millis, 0 /* UTC */, raw, daylight, status);
+        return U_FAILURE(status) ? 0.0 : (raw + daylight) / 1000.0;
+    }
+
+    /// The instant of the last change of the offset before `millis`, itself excluded.
+    [[nodiscard]] std::optional<double> transitionBefore(double millis) const {
+        icu::TimeZoneTransition transition;
+        if (!zone->getPreviousTransition(millis, false, transition)) return std::nullopt;
+        return transition.getTime();
+    }
+};
+
+Calendar::Calendar(std::string timeZoneID, std::string identifier) {
+    std::unique_ptr<icu::TimeZone> zone{icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(timeZoneID))};
+    if (*zone == icu::TimeZone::getUnknown()) {
+        zone.reset(icu::TimeZone::createTimeZone("UTC"));
+        timeZoneID = "UTC";
+    }
+    // Every zone that createTimeZone makes is a BasicTimeZone.
+    std::unique_ptr<const icu::BasicTimeZone> basic{dynamic_cast<const icu::BasicTimeZone*>(zone.release())};
+    state_ = std::make_shared<const State>(
+        State{.timeZoneID = std::move(timeZoneID), .identifier = std::move(identifier), .zone = std::move(basic)});
+}
+
+Calendar Calendar::current() {
+    return Calendar{systemTimeZoneID()};
+}
+
+std::string Calendar::systemTimeZoneID() {
+    const std::unique_ptr<icu::TimeZone> zone{icu::TimeZone::detectHostTimeZone()};
+    if (!zone || *zone == icu::TimeZone::getUnknown()) return "UTC";
+    return identifierOf(*zone);
+}
+
+const std::string& Calendar::timeZoneID() const noexcept {
+    return state_->timeZoneID;
+}
+const std::string& Calendar::identifier() const noexcept {
+    return state_->identifier;
+}
+bool Calendar::isGregorian() const noexcept {
+    return state_->identifier == "gregorian";
+}
+
+LocalDay Calendar::day(Date date) const {
+    const double millis = milliseconds(date);
+    const double local = std::floor(millis / 1000.0) + state_->offset(millis);
+    return LocalDay{static_cast<std::int64_t>(std::floor(local / secondsPerDay))};
+}
+
+Date Calendar::start(LocalDay day) const {
+    const double midnight = static_cast<double>(day.number) * secondsPerDay;  // as if the zone were UTC
+    // Two days on, every zone's clocks show a later day. From there back, one stretch of equal offset after the other,
+    // to the one before which the clocks had not passed this midnight: the day begins where that stretch has its
+    // midnight, or with the stretch itself where the clocks jumped over it.
+    double end = (midnight + 2 * secondsPerDay) * 1000.0;
+    for (;;) {
+        const double midnightHere = midnight - state_->offset(end - 1);
+        const std::optional<double> begin = state_->transitionBefore(end);
+        if (!begin) return Date{midnightHere};
+        const double beginSeconds = *begin / 1000.0;
+        const double clocksBefore = beginSeconds + state_->offset(*begin - 1);
+        if (clocksBefore <= midnight) return Date{std::max(beginSeconds, midnightHere)};
+        end = *begin;
+    }
+}
+
+int Calendar::offsetFromGMT(Date date) const {
+    return static_cast<int>(state_->offset(milliseconds(date)));
+}
+
+bool Calendar::hasTransitionAfter(Date date) const {
+    icu::TimeZoneTransition transition;
+    return state_->zone->getNextTransition(milliseconds(date), false, transition) != 0;
+}
+
+}  // namespace quorvane

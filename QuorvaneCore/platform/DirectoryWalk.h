@@ -1,0 +1,21 @@
+#pragma once
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane {
+
+/// Recursive listing of a folder.
+class DirectoryWalk {
+public:
+    DirectoryWalk() = delete;
+
+    /// The paths of all entries below `root`, at any depth, whose extension is exactly `extension` (no dot, case
+    /// counts). Names that begin with a dot are passed over, folders of such a name with all they hold. Links to
+    /// folders are not entered, so no loop and no file twice; `root` itself may be a link.
+    /// In the order of the file system, unsorted. A folder that cannot be read adds nothing.
+    /// No entry is queried for its status where the file system tells folders apart by itself.
+    [[nodiscard]] static std::vector<std::string> entries(const std::string& root, std::string_view extension);
+};
+
+}  // namespace quorvane

@@ -1,0 +1,43 @@
+#pragma once
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "QuorvaneCore/model/TokenUsage.h"
+#include "QuorvaneCore/pricing/PricingTable.h"
+
+namespace quorvane {
+
+/// Turns tokens into money: every cost of the system comes out of here. US dollars, never rounded.
+/// A value; any thread may read a shared one.
+class CostCalculator {
+public:
+    /// With the prices that ship with the library.
+    CostCalculator() : pricing_{PricingTable::bundledDefault()} {}
+    explicit CostCalculator(PricingTable pricing) : pricing_{std::move(pricing)} {}
+
+    [[nodiscard]] const PricingTable& pricing() const noexcept { return pricing_; }
+
+    /// What one model call cost; absent exactly when the model has no price. A call whose input of all kinds is above
+    /// 200000 tokens is charged the model's long-context rates, if it has any, for all its tokens.
+    [[nodiscard]] std::optional<double> cost(std::string_view model, const TokenUsage& usage) const;
+
+    /// The same for a sum of calls that are all above that threshold (`forceTier`) or all below it.
+    [[nodiscard]] std::optional<double> cost(std::string_view model, const TokenUsage& usage, bool forceTier) const;
+
+    /// Whether the call's input of all kinds, output aside, is more than 200000 tokens.
+    [[nodiscard]] static bool exceedsContextTier(const TokenUsage& usage) noexcept;
+
+    /// The most input tokens of a call that is charged base rates.
+    static constexpr std::int64_t contextTierTokens = 200000;
+
+    /// What reading from the cache saved against plain input, at base rates also for a long call. Never negative;
+    /// absent without cache reads, and when the model has no price.
+    [[nodiscard]] std::optional<double> cacheReadSavings(std::string_view model, const TokenUsage& usage) const;
+
+private:
+    PricingTable pricing_;
+};
+
+}  // namespace quorvane

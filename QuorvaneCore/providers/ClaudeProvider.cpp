@@ -1,0 +1,116 @@
+#include "QuorvaneCore/providers/ClaudeProvider.h"
+
+#include <utility>
+
+#include "QuorvaneCore/model/Deduplicator.h"
+#include "QuorvaneCore/model/ISOTimestamp.h"
+#include "QuorvaneCore/model/JSONNumber.h"
+#include "QuorvaneCore/platform/DirectoryWalk.h"
+#include "QuorvaneCore/platform/FilePath.h"
+#include "QuorvaneCore/platform/FileStatus.h"
+#include "QuorvaneCore/platform/JSONParser.h"
+#include "QuorvaneCore/platform/JSONTopLevelScan.h"
+#include "QuorvaneCore/platform/UserFolders.h"
+
+namespace quorvane {
+namespace {
+
+/// Most bytes of a log are in lines of other types (tool results, progress); their type stands near the beginning, so
+/// they are passed over without a parse. Never says no to a line that tells of a call.
+bool mayTellOfACall(std::string_view line) noexcept {
+    const std::optional<std::string_view> type = scanTopLevelString(line, "type");
+    return !type || *type == "assistant";
+}
+
+/// The text of a string that is not empty.
+std::optional<std::string_view> filledString(JSONValue value) noexcept {
+    const std::optional<std::string_view> text = value.string();
+    return text && !text->empty() ? text : std::nullopt;
+}
+
+TokenUsage decodeUsage(JSONValue usage) noexcept {
+    const auto [input, output, cacheRead, cacheCreation, cacheCreationTotal] = usage.members<5>(
+        {"input_tokens", "output_tokens", "cache_read_input_tokens", "cache_creation", "cache_creation_input_tokens"});
+    TokenUsage tokens{.input = JSONNumber::asInt(input),
+                      .output = JSONNumber::asInt(output),
+                      .cacheRead = JSONNumber::asInt(cacheRead)};
+    if (cacheCreation.isObject()) {
+        const auto [fiveMinutes, oneHour] =
+            cacheCreation.members<2>({"ephemeral_5m_input_tokens", "ephemeral_1h_input_tokens"});
+        tokens.cacheCreate5m = JSONNumber::asInt(fiveMinutes);
+        tokens.cacheCreate1h = JSONNumber::asInt(oneHour);
+    } else {
+        // Older logs do not split the write by its lifetime; it is priced as a 5-minute write.
+        tokens.cacheCreate5m = JSONNumber::asInt(cacheCreationTotal);
+    }
+    return tokens;
+}
+
+std::optional<UsageEvent> decodeDocument(JSONValue line) {
+    const auto [type, isError, requestId, timestamp, folder, message] =
+        line.members<6>({"type", "isApiErrorMessage", "requestId", "timestamp", "cwd", "message"});
+    if (type.string() != "assistant" || isError.boolean() == true) return std::nullopt;
+    const auto [messageId, model, usage] = message.members<3>({"id", "model", "usage"});
+    if (!usage.isObject() || usage.isEmpty()) return std::nullopt;
+    const std::optional<std::string_view> messageText = filledString(messageId);
+    const std::optional<std::string_view> requestText = filledString(requestId);
+    const std::optional<std::string_view> modelText = filledString(model);
+    if (!messageText || !requestText || !modelText) return std::nullopt;
+
+    UsageEvent event{.messageId = std::string{*messageText},
+                     .requestId = std::string{*requestText},
+                     .provider = ProviderID::Claude,
+                     .model = std::string{*modelText},
+                     .timestamp = ISOTimestamp::parse(timestamp.string(), Date::distantPast()),
+                     .usage = decodeUsage(usage),
+                     .project = std::nullopt};
+    if (const std::optional<std::string_view> path = folder.string()) event.project = FilePath::lastComponent(*path);
+    return event;
+}
+
+/// For lines as the stream reader delivers them, with padding behind.
+std::optional<UsageEvent> decodePadded(std::string_view line, JSONParser& parser) {
+    if (!mayTellOfACall(line)) return std::nullopt;
+    return decodeDocument(parser.parsePadded(line));
+}
+
+}  // namespace
+
+ClaudeProvider::ClaudeProvider(std::optional<std::string> root)
+    : root_{root ? *std::move(root) : FilePath::joining(UserFolders::home(), ".claude/projects")} {}
+
+bool ClaudeProvider::isAvailable() const {
+    return FileStatus::of(root_).has_value();
+}
+
+std::vector<std::string> ClaudeProvider::jsonlFiles() const {
+    return DirectoryWalk::entries(root_, "jsonl");
+}
+
+std::optional<UsageEvent> ClaudeProvider::decode(std::string_view line) {
+    if (!mayTellOfACall(line)) return std::nullopt;
+    JSONParser parser;
+    return decodeDocument(parser.parse(line));
+}
+
+DecodedFile ClaudeProvider::decodeFile(const std::string& file, std::int64_t offset) const {
+    DecodedFile decoded;
+    JSONParser parser;
+    decoded.consumed = reader_.read(file, offset, [&](std::string_view line) {
+        if (std::optional<UsageEvent> event = decodePadded(line, parser)) decoded.events.push_back(*std::move(event));
+    });
+    return decoded;
+}
+
+std::vector<UsageEvent> ClaudeProvider::loadEvents() const {
+    Deduplicator best;
+    JSONParser parser;
+    for (const std::string& file : jsonlFiles()) {
+        reader_.read(file, [&](std::string_view line) {
+            if (std::optional<UsageEvent> event = decodePadded(line, parser)) best.add(*std::move(event));
+        });
+    }
+    return best.events();
+}
+
+}  // namespace quorvane
