@@ -1,0 +1,20 @@
+#include "QuorvaneHost/Output.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "QuorvaneHost/Failure.h"
+
+namespace quorvane::host {
+
+void print(std::string_view text) {
+    errno = 0;
+    bool isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if (!text.ends_with('\n')) isWritten = isWritten && std::fputc('\n', stdout) != EOF;
+    isWritten = isWritten && std::fflush(stdout) == 0;
+    if (!isWritten && errno != EPIPE) throw Failure{std::string{"standard output: "} + std::strerror(errno)};
+}
+
+}  // namespace quorvane::host

@@ -1,0 +1,30 @@
+#include "QuorvaneHost/Readers.h"
+
+#include <algorithm>
+
+#include "QuorvaneCore/providers/ClaudeProvider.h"
+
+namespace quorvane::host {
+
+std::vector<Reader> allReaders() {
+    std::vector<Reader> readers;
+    readers.push_back(std::make_unique<ClaudeProvider>());
+    return readers;
+}
+
+bool hasReader(const std::string& providerName) {
+    const std::vector<Reader> readers = allReaders();
+    return std::any_of(readers.begin(), readers.end(),
+                       [&](const Reader& reader) { return rawName(reader->id()) == providerName; });
+}
+
+std::vector<Reader> readersNamed(std::span<const std::string> providerNames) {
+    std::vector<Reader> readers = allReaders();
+    if (providerNames.empty()) return readers;
+    std::erase_if(readers, [&](const Reader& reader) {
+        return std::find(providerNames.begin(), providerNames.end(), rawName(reader->id())) == providerNames.end();
+    });
+    return readers;
+}
+
+}  // namespace quorvane::host
