@@ -1,9 +1,12 @@
 #pragma once
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "QuorvaneCore/model/ProviderID.h"
 #include "QuorvaneCore/model/UsageEvent.h"
+#include "QuorvaneCore/platform/Date.h"
+#include "QuorvaneCore/ratelimits/RateLimit.h"
 
 namespace quorvane {
 
@@ -26,6 +29,12 @@ public:
 
     /// All events, from scratch and without the index, deduplicated, in no particular order.
     [[nodiscard]] virtual std::vector<UsageEvent> loadEvents() const = 0;
+
+    /// The agent's quotas as it last reported them; absent where nothing is known, and for agents that report none.
+    [[nodiscard]] virtual std::optional<RateLimitSnapshot> latestRateLimits() const { return std::nullopt; }
+
+    /// Whether a quota has passed its reset and the agent has not reported since.
+    [[nodiscard]] virtual bool latestRateLimitAwaitingReset(Date /*now*/) const { return false; }
 };
 
 }  // namespace quorvane

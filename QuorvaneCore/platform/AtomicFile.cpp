@@ -36,6 +36,12 @@ public:
         if (!renamed_) ::unlink(path_.c_str());
     }
 
+    /// Gives the file to the owner and the group of the one that it replaces. False where this process's rights or the
+    /// file system do not allow that.
+    [[nodiscard]] bool giveToOwnerOf(const FileStatus& old) noexcept {
+        return ::fchown(descriptor_, old.owner, old.group) == 0;
+    }
+
     void write(std::string_view bytes, unsigned mode, const std::string& target) {
         while (!bytes.empty()) {
             const ssize_t count = ::write(descriptor_, bytes.data(), bytes.size());
@@ -60,15 +66,29 @@ private:
     bool renamed_ = false;
 };
 
+/// The path that `path` leads to over all links, whether there is anything yet at the end of them or not.
+std::string behindLinks(const std::string& path) {
+    constexpr int mostLinks = 40;  // as the system itself counts
+    std::string target = path;
+    for (int link = 0; link < mostLinks; ++link) {
+        std::error_code noLink;
+        const std::filesystem::path next = std::filesystem::read_symlink(target, noLink);
+        if (noLink) return target;
+        target = next.is_absolute() ? next.string() : FilePath::joining(FilePath::parent(target), next.string());
+    }
+    fail(ELOOP, path);
+}
+
 }  // namespace
 
 void replaceFile(const std::string& path, std::string_view bytes, unsigned newMode) {
-    std::error_code notThere;
-    const std::filesystem::path resolved = std::filesystem::canonical(path, notThere);
-    const std::string target = notThere ? path : resolved.string();
+    const std::string target = behindLinks(path);
     const std::optional<FileStatus> old = FileStatus::of(target);
     TemporaryFile temporary{target};
-    temporary.write(bytes, old ? old->mode & 07777U : newMode, path);
+    unsigned mode = newMode;
+    // A program that runs with its owner's rights must not come to run with another's.
+    if (old) mode = old->mode & (temporary.giveToOwnerOf(*old) ? 07777U : 0777U);
+    temporary.write(bytes, mode, path);
     temporary.renameTo(target);
 }
 

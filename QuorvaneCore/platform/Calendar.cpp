@@ -9,6 +9,7 @@
 #include <unicode/basictz.h>
 #include <unicode/timezone.h>
 #include <unicode/tztrans.h>
+#include <unicode/ucal.h>
 
 namespace quorvane {
 namespace {
@@ -27,10 +28,15 @@ std::string identifierOf(const icu::TimeZone& zone) {
     return utf8(identifier);
 }
 
+/// Whether `zone` is what stands for "no such zone"; its name can come in more than one class of zone.
+bool isUnknown(const icu::TimeZone& zone) {
+    return identifierOf(zone) == UCAL_UNKNOWN_ZONE_ID;
+}
+
 /// The library counts in milliseconds. Dates beyond what any calendar is used for are held at the rim, where every
 /// step below stays exact.
 double milliseconds(Date date) noexcept {
-    constexpr double rim = 1e14;
+    constexpr double rim = 1e15;
     if (std::isnan(date.secondsSince1970)) return -rim;
     return std::clamp(std::floor(date.secondsSince1970 * 1000.0), -rim, rim);
 }
@@ -61,7 +67,7 @@ struct Calendar::State {
 
 Calendar::Calendar(std::string timeZoneID, std::string identifier) {
     std::unique_ptr<icu::TimeZone> zone{icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(timeZoneID))};
-    if (*zone == icu::TimeZone::getUnknown()) {
+    if (isUnknown(*zone)) {
         zone.reset(icu::TimeZone::createTimeZone("UTC"));
         timeZoneID = "UTC";
     }
@@ -77,7 +83,7 @@ Calendar Calendar::current() {
 
 std::string Calendar::systemTimeZoneID() {
     const std::unique_ptr<icu::TimeZone> zone{icu::TimeZone::detectHostTimeZone()};
-    if (!zone || *zone == icu::TimeZone::getUnknown()) return "UTC";
+    if (!zone || isUnknown(*zone)) return "UTC";
     return identifierOf(*zone);
 }
 

@@ -8,19 +8,19 @@
 namespace quorvane {
 
 void detail::arithmeticFailure(const char* operation) noexcept {
-    std::fprintf(stderr, "quorvane: a 64-bit counter overflowed in an %s\n", operation);
+    std::fprintf(stderr, "quorvane: 64 bits overflowed in an integer %s\n", operation);
     std::abort();
 }
 
 std::int64_t checkedInt64(double value) noexcept {
     constexpr double limit = 9223372036854775808.0;  // 2^63
-    if (!std::isfinite(value) || value >= limit || value <= -limit) detail::arithmeticFailure("integer conversion");
+    if (!std::isfinite(value) || value >= limit || value <= -limit) detail::arithmeticFailure("conversion");
     return static_cast<std::int64_t>(value);
 }
 
 std::int64_t checkedInt64(std::uint64_t value) noexcept {
     if (value > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
-        detail::arithmeticFailure("integer conversion");
+        detail::arithmeticFailure("conversion");
     }
     return static_cast<std::int64_t>(value);
 }

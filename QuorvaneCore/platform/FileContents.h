@@ -8,4 +8,11 @@ namespace quorvane {
 /// For documents that fit in memory; logs go through `JSONLStreamReader`.
 [[nodiscard]] std::optional<std::string> readFile(const std::string& path);
 
+/// The same for a text in UTF-8 that is to be changed and written back.
+/// Throws `std::system_error` with the path: the system's reason, or EILSEQ for bytes that are no UTF-8.
+[[nodiscard]] std::string readText(const std::string& path);
+
+/// Removes the file (or the link) at `path`, no directory. False if there is none or it cannot be removed.
+bool removeFile(const std::string& path) noexcept;
+
 }  // namespace quorvane

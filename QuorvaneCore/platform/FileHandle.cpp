@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quorvane {
@@ -50,6 +51,9 @@ bool FileHandle::seek(std::int64_t position) noexcept {
 }
 
 std::optional<std::int64_t> FileHandle::seekToEnd() noexcept {
+    // A folder can be opened, and some file systems give it an end that is no size.
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0 || S_ISDIR(status.st_mode)) return std::nullopt;
     const off_t end = ::lseek(descriptor_, 0, SEEK_END);
     if (end < 0) return std::nullopt;
     return end;

@@ -12,7 +12,7 @@ class FilePath {
 public:
     FilePath() = delete;
 
-    /// The text behind the last slash, trailing slashes aside: "app" of "/work/app" and of "/work/app/".
+    /// The text behind the last slash, trailing slashes aside: "app" of "/srv/app" and of "/srv/app/".
     /// A path of slashes alone gives "/", an empty path the empty text. The view points into `path`.
     [[nodiscard]] static std::string_view lastComponent(std::string_view path) noexcept;
 
@@ -23,7 +23,7 @@ public:
     /// `folder` and `name` with exactly one slash between them.
     [[nodiscard]] static std::string joining(std::string_view folder, std::string_view name);
 
-    /// All before the last component: "/work" of "/work/app". "/" is its own parent; a bare name has the parent ".".
+    /// All before the last component: "/srv" of "/srv/app". "/" is its own parent; a bare name has the parent ".".
     [[nodiscard]] static std::string parent(std::string_view path);
 
     /// Without empty, "." and ".." components, resolved as text: links are not looked at.

@@ -17,11 +17,16 @@ struct FileStatus {
     Time modified;          ///< last change of the content
     Time changed;           ///< last change of content, mode, owner or links
     std::uint32_t mode = 0;
+    std::uint32_t owner = 0;  ///< the user's number
+    std::uint32_t group = 0;
     bool isDirectory = false;
     bool isRegular = false;
 
     /// Absent if there is nothing at `path` or it cannot be queried.
     [[nodiscard]] static std::optional<FileStatus> of(const std::string& path) noexcept;
+
+    /// Whether `path` is a file, or a link to one, that this process may execute. A directory is none.
+    [[nodiscard]] static bool isExecutableFile(const std::string& path) noexcept;
 };
 
 }  // namespace quorvane

@@ -1,7 +1,13 @@
 #include "QuorvaneCore/platform/ISODate.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
+
+#include <fmt/format.h>
+
+#include "QuorvaneCore/platform/LocalDay.h"
 
 namespace quorvane {
 namespace {
@@ -123,6 +129,18 @@ std::optional<Date> ISODate::parseFractional(std::string_view text) noexcept {
 
 std::optional<Date> ISODate::parsePlain(std::string_view text) noexcept {
     return parse(text, false);
+}
+
+std::string ISODate::text(Date date) {
+    constexpr double first = -62167219200.0;  // 0000-01-01T00:00:00Z
+    constexpr double last = 253402300799.0;   // 9999-12-31T23:59:59Z
+    constexpr std::int64_t secondsPerDay = 86400;
+    // Not-a-number fails the comparison and is written as the first date.
+    const double held = date.secondsSince1970 > first ? std::min(date.secondsSince1970, last) : first;
+    const auto seconds = static_cast<std::int64_t>(std::floor(held));
+    const std::int64_t ofDay = (seconds % secondsPerDay + secondsPerDay) % secondsPerDay;
+    const LocalDay day{(seconds - ofDay) / secondsPerDay};
+    return fmt::format("{}T{:02}:{:02}:{:02}Z", day.text(), ofDay / 3600, ofDay / 60 % 60, ofDay % 60);
 }
 
 }  // namespace quorvane

@@ -1,5 +1,6 @@
 #pragma once
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "QuorvaneCore/platform/Date.h"
@@ -17,6 +18,10 @@ public:
 
     /// The form without a fraction: 2026-01-31T12:30:45Z.
     [[nodiscard]] static std::optional<Date> parsePlain(std::string_view text) noexcept;
+
+    /// The form without a fraction, in UTC; a fraction of the second is cut off. Dates outside the years 0 to 9999,
+    /// which the form cannot hold, are written as the nearest one that it can.
+    [[nodiscard]] static std::string text(Date date);
 };
 
 }  // namespace quorvane

@@ -1,5 +1,6 @@
 #include "QuorvaneCore/platform/JSONParser.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -12,6 +13,7 @@ namespace {
 
 static_assert(JSONParser::padding >= simdjson::SIMDJSON_PADDING);
 
+/// A container this deep must be empty; the fast parser counts in this way.
 constexpr std::size_t deepestNesting = 1024;
 
 /// Builds a `JSONTree` from the events of the slower parser, which reads integers of any length as floats.
@@ -57,6 +59,7 @@ private:
     }
 
     bool add(JSONTree value) {
+        if (open_.size() == deepestNesting) return false;
         if (open_.empty()) {
             root = std::move(value);
         } else if (auto* array = std::get_if<JSONTree::Array>(&open_.back().value.content)) {
@@ -73,6 +76,8 @@ private:
 };
 
 std::optional<JSONTree> parseSlowly(std::string_view text) {
+    // The slower parser passes over a byte order mark, and takes a NUL byte for the end of the text.
+    if (text.starts_with("\xef\xbb\xbf") || text.find('\0') != std::string_view::npos) return std::nullopt;
     TreeBuilder builder;
     if (!nlohmann::json::sax_parse(text.begin(), text.end(), &builder)) return std::nullopt;
     return std::move(builder.root);
@@ -137,6 +142,16 @@ struct JSONParser::State {
     simdjson::dom::parser parser;
     std::string scratch;  ///< a padded copy of an unpadded text
     JSONTree tree;        ///< the result of the slower parser
+
+    /// The parser itself grows to just the size of the text, which a log with ever longer lines would make it do again
+    /// and again. A failure shows at the parse.
+    void makeRoom(std::size_t size) {
+        constexpr std::size_t atLeast = 16384;
+        if (size <= parser.capacity() || size > parser.max_capacity()) return;
+        const std::size_t doubled = std::min(2 * parser.capacity(), parser.max_capacity());
+        const simdjson::error_code failure = parser.allocate(std::max({size, doubled, atLeast}));
+        static_cast<void>(failure);
+    }
 };
 
 JSONParser::JSONParser() : state_{std::make_unique<State>()} {}
@@ -154,6 +169,7 @@ JSONValue JSONParser::parse(std::string_view text) {
 JSONValue JSONParser::parsePadded(std::string_view text) {
     constexpr bool copyFirst = false;
     simdjson::dom::element element;
+    state_->makeRoom(text.size());
     const simdjson::error_code failure = state_->parser.parse(text.data(), text.size(), copyFirst).get(element);
     if (failure == simdjson::SUCCESS) return JSONValue::Access::wrap(element);
     // Long integers and halves of surrogate pairs are what the fast parser refuses in valid JSON.

@@ -11,9 +11,9 @@
 namespace quorvane {
 
 /// Parses one JSON text after another, with memory that is kept between them.
-/// Strict RFC 8259: invalid UTF-8, trailing text, a number that no float can hold (1e400) and more than 1024 levels of
-/// nesting are refused. An integer beyond 64 bits is read as a float. The escape of half a surrogate pair, which
-/// JavaScript programs leave behind when they cut a text, is read as U+FFFD.
+/// Strict RFC 8259: invalid UTF-8, a byte order mark, trailing text, a number that no float can hold (1e400) and more
+/// than 1024 levels of nesting are refused; 1000 levels are read. An integer beyond 64 bits is read as a float. The
+/// escape of half a surrogate pair, which JavaScript programs leave behind when they cut a text, is read as U+FFFD.
 /// One thread at a time.
 class JSONParser {
 public:

@@ -1,6 +1,8 @@
 #include "QuorvaneCore/platform/JSONTopLevelScan.h"
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace quorvane {
@@ -9,7 +11,7 @@ namespace {
 /// Walks the members of one object. Positions beyond the end mean that the text is odd.
 class Scan {
 public:
-    explicit Scan(std::string_view text) noexcept : text_{text} {}
+    Scan(std::string_view text, std::size_t begin) noexcept : text_{text}, at_{begin} {}
 
     [[nodiscard]] bool atEnd() const noexcept { return at_ >= text_.size(); }
     [[nodiscard]] char current() const noexcept { return atEnd() ? '\0' : text_[at_]; }
@@ -46,13 +48,21 @@ public:
         return std::nullopt;
     }
 
-    /// Skips a value of any kind; false if it does not end, or if it is a container with more than a few kilobytes.
-    bool skipValue() noexcept {
-        if (current() == '"') return takeString().has_value();
-        if (current() == '{' || current() == '[') return skipContainer();
-        while (!atEnd() && current() != ',' && current() != '}')
-            ++at_;
-        return !atEnd();
+    /// Skips a value of any kind and the comma behind it; false if it does not end, or if it is a container that is not
+    /// a short one: walking through those costs more than the caller's parse.
+    bool passValue() noexcept {
+        if (!skipValue()) return false;
+        skipWhiteSpace();
+        return current() == '}' || take(',');
+    }
+
+    /// The answer to the question, at the value of the member that was asked for.
+    std::optional<std::string_view> wantedValue() noexcept {
+        skipWhiteSpace();
+        if (current() != '"') return std::string_view{};
+        const std::optional<std::string_view> value = takeString();
+        const bool isPlain = value && value->find('\\') == std::string_view::npos;
+        return isPlain ? value : std::nullopt;
     }
 
 private:
@@ -63,8 +73,16 @@ private:
         return backslashes % 2 == 1;
     }
 
+    bool skipValue() noexcept {
+        if (current() == '"') return takeString().has_value();
+        if (current() == '{' || current() == '[') return skipContainer();
+        while (!atEnd() && current() != ',' && current() != '}')
+            ++at_;
+        return !atEnd();
+    }
+
     bool skipContainer() noexcept {
-        constexpr std::size_t budget = 4096;
+        constexpr std::size_t budget = 128;
         const std::size_t limit = at_ + budget;
         std::size_t depth = 0;
         while (!atEnd() && at_ < limit) {
@@ -84,26 +102,106 @@ private:
     std::size_t at_ = 0;
 };
 
-}  // namespace
+/// The quick look: in a log line the key mostly stands behind short members without escapes and containers. Up to the
+/// first brace, bracket or backslash all quotes are those of members, so a quoted `key` with a colon behind it is one.
+class QuickLook {
+public:
+    QuickLook(std::string_view text, std::string_view key) noexcept : text_{text}, key_{key} {}
 
-std::optional<std::string_view> scanTopLevelString(std::string_view text, std::string_view key) noexcept {
-    Scan scan{text};
-    if (!scan.take('{')) return std::nullopt;
+    enum class Found : std::uint8_t {
+        Nothing,    ///< it takes a closer look from the beginning
+        KeyValue,   ///< the value of the first member `key`
+        Container,  ///< the first value that is an object or array; `key` is not among the members before it
+    };
+    struct Place {
+        Found found = Found::Nothing;
+        std::size_t at = 0;
+    };
+
+    [[nodiscard]] Place find() const noexcept {
+        if (key_.size() < leastKey || !text_.starts_with('{')) return {};
+        std::size_t at = 1;
+        while (at + blockBytes + leastKey <= text_.size()) {
+            if (isPlain(text_.data() + at)) {
+                at += blockBytes;
+                continue;
+            }
+            for (const std::size_t end = at + blockBytes; at < end; ++at) {
+                if (isOdd(text_[at])) return isContainerOfMember(at) ? Place{Found::Container, at} : Place{};
+                if (text_[at] == '"' && text_.substr(at + 1).starts_with(key_)) return behindKey(at + 1 + key_.size());
+            }
+        }
+        return {};
+    }
+
+private:
+    static constexpr std::size_t blockBytes = 32;
+    static constexpr std::size_t leastKey = 2;
+
+    static bool isOdd(char character) noexcept { return character == '{' || character == '[' || character == '\\'; }
+
+    /// Sixteen bytes at once, which the compilers know how to compare on every processor.
+    using Bytes = unsigned char __attribute__((vector_size(16)));
+
+    static Bytes load(const char* from) noexcept {
+        Bytes bytes{};
+        std::memcpy(&bytes, from, sizeof bytes);
+        return bytes;
+    }
+
+    /// Which of sixteen bytes are odd or begin a string that may be the key.
+    [[nodiscard]] auto stops(const char* from) const noexcept {
+        const Bytes bytes = load(from);
+        const Bytes ahead = load(from + leastKey);
+        const Bytes second = Bytes{} + static_cast<unsigned char>(key_[1]);
+        return (bytes == '{') | (bytes == '[') | (bytes == '\\') | ((bytes == '"') & (ahead == second));
+    }
+
+    /// Whether a block can be passed over.
+    [[nodiscard]] bool isPlain(const char* block) const noexcept {
+        static_assert(blockBytes == 2 * sizeof(Bytes));
+        const auto found = stops(block) | stops(block + sizeof(Bytes));
+        std::array<std::uint64_t, 2> words{};
+        std::memcpy(words.data(), &found, sizeof found);
+        return (words[0] | words[1]) == 0;
+    }
+
+    /// A quote that ends a string has no punctuation or blank in front; one that begins a string has nothing else.
+    [[nodiscard]] bool isContainerOfMember(std::size_t at) const noexcept {
+        constexpr std::string_view beforeString = ",:{[ \t\r\n";
+        return text_[at] != '\\' && at >= 3 && text_[at - 1] == ':' && text_[at - 2] == '"' &&
+               beforeString.find(text_[at - 3]) == std::string_view::npos;
+    }
+
+    [[nodiscard]] Place behindKey(std::size_t at) const noexcept {
+        return text_.substr(at).starts_with("\":") ? Place{Found::KeyValue, at + 2} : Place{};
+    }
+
+    std::string_view text_;
+    std::string_view key_;
+};
+
+std::optional<std::string_view> answerFromMember(Scan& scan, std::string_view key) noexcept {
     while (scan.current() != '}') {
         const std::optional<std::string_view> member = scan.takeString();
         if (!member || member->find('\\') != std::string_view::npos || !scan.take(':')) return std::nullopt;
-        if (*member == key) {
-            if (scan.current() != '"') return std::string_view{};
-            const std::optional<std::string_view> value = scan.takeString();
-            const bool isPlain = value && value->find('\\') == std::string_view::npos;
-            return isPlain ? value : std::nullopt;
-        }
-        if (!scan.skipValue()) return std::nullopt;
-        scan.skipWhiteSpace();
-        if (scan.current() == '}') break;
-        if (!scan.take(',')) return std::nullopt;
+        if (*member == key) return scan.wantedValue();
+        if (!scan.passValue()) return std::nullopt;
     }
     return std::string_view{};
+}
+
+}  // namespace
+
+std::optional<std::string_view> scanTopLevelString(std::string_view text, std::string_view key) noexcept {
+    const QuickLook::Place place = QuickLook{text, key}.find();
+    Scan scan{text, place.at};
+    switch (place.found) {
+        case QuickLook::Found::KeyValue: return scan.wantedValue();
+        case QuickLook::Found::Container: return scan.passValue() ? answerFromMember(scan, key) : std::nullopt;
+        case QuickLook::Found::Nothing: return scan.take('{') ? answerFromMember(scan, key) : std::nullopt;
+    }
+    return std::nullopt;
 }
 
 }  // namespace quorvane

@@ -34,13 +34,16 @@ public:
     [[nodiscard]] std::optional<bool> boolean() const noexcept;
     [[nodiscard]] std::optional<JSONNumberValue> number() const noexcept;
 
+    /// The number if it is an integer of 64 bits with sign; the short way to what nearly every number is.
+    [[nodiscard]] std::optional<std::int64_t> integer() const noexcept;
+
     /// True for an object with no key, an array with no element, and anything that is neither.
     [[nodiscard]] bool isEmpty() const noexcept;
 
     /// The member of that key; absent for a missing key and for anything but an object.
     [[nodiscard]] JSONValue operator[](std::string_view key) const noexcept;
 
-    /// The members of several keys, in one pass over the object; `found[i]` belongs to `keys[i]`.
+    /// The members of several keys, no two of them equal, in one pass over the object; `found[i]` belongs to `keys[i]`.
     template <std::size_t Count>
     [[nodiscard]] std::array<JSONValue, Count> members(const std::array<std::string_view, Count>& keys) const noexcept {
         std::array<JSONValue, Count> found;
@@ -59,13 +62,19 @@ private:
     friend class JSONParser;
     enum class Kind : std::uint8_t { Absent, Element, Tree };
 
+    /// Words rather than bytes, since those stay in registers on their way.
+    struct Words {
+        std::uintptr_t first;
+        std::uintptr_t second;
+    };
+
     struct Access;  // the parser's side, in JSONValue.cpp
     void findMembers(const std::string_view* keys, JSONValue* found, std::size_t count) const noexcept;
 
     Kind kind_ = Kind::Absent;
     union {
         const JSONTree* tree_ = nullptr;
-        alignas(8) std::byte element_[16];  ///< the parser library's element, which this header does not name
+        Words element_;  ///< the parser library's element, which this header does not name
     };
 };
 

@@ -5,12 +5,14 @@
 #include "QuorvaneCore/model/Deduplicator.h"
 #include "QuorvaneCore/model/ISOTimestamp.h"
 #include "QuorvaneCore/model/JSONNumber.h"
+#include "QuorvaneCore/platform/Clock.h"
 #include "QuorvaneCore/platform/DirectoryWalk.h"
 #include "QuorvaneCore/platform/FilePath.h"
 #include "QuorvaneCore/platform/FileStatus.h"
 #include "QuorvaneCore/platform/JSONParser.h"
 #include "QuorvaneCore/platform/JSONTopLevelScan.h"
 #include "QuorvaneCore/platform/UserFolders.h"
+#include "QuorvaneCore/ratelimits/ClaudeRateLimitStore.h"
 
 namespace quorvane {
 namespace {
@@ -57,14 +59,15 @@ std::optional<UsageEvent> decodeDocument(JSONValue line) {
     const std::optional<std::string_view> modelText = filledString(model);
     if (!messageText || !requestText || !modelText) return std::nullopt;
 
-    UsageEvent event{.messageId = std::string{*messageText},
-                     .requestId = std::string{*requestText},
-                     .provider = ProviderID::Claude,
-                     .model = std::string{*modelText},
-                     .timestamp = ISOTimestamp::parse(timestamp.string(), Date::distantPast()),
-                     .usage = decodeUsage(usage),
-                     .project = std::nullopt};
-    if (const std::optional<std::string_view> path = folder.string()) event.project = FilePath::lastComponent(*path);
+    // Made where it is returned: there are hundreds of thousands of them, with four texts each.
+    std::optional<UsageEvent> event{std::in_place};
+    event->messageId = *messageText;
+    event->requestId = *requestText;
+    event->provider = ProviderID::Claude;
+    event->model = *modelText;
+    event->timestamp = ISOTimestamp::parse(timestamp.string(), Date::distantPast());
+    event->usage = decodeUsage(usage);
+    if (const std::optional<std::string_view> path = folder.string()) event->project = FilePath::lastComponent(*path);
     return event;
 }
 
@@ -83,6 +86,14 @@ bool ClaudeProvider::isAvailable() const {
     return FileStatus::of(root_).has_value();
 }
 
+std::optional<RateLimitSnapshot> ClaudeProvider::latestRateLimits() const {
+    return ClaudeRateLimitStore::load(Clock::now());
+}
+
+bool ClaudeProvider::latestRateLimitAwaitingReset(Date now) const {
+    return ClaudeRateLimitStore::awaitingResetHint(now);
+}
+
 std::vector<std::string> ClaudeProvider::jsonlFiles() const {
     return DirectoryWalk::entries(root_, "jsonl");
 }
@@ -97,7 +108,11 @@ DecodedFile ClaudeProvider::decodeFile(const std::string& file, std::int64_t off
     DecodedFile decoded;
     JSONParser parser;
     decoded.consumed = reader_.read(file, offset, [&](std::string_view line) {
-        if (std::optional<UsageEvent> event = decodePadded(line, parser)) decoded.events.push_back(*std::move(event));
+        std::optional<UsageEvent> event = decodePadded(line, parser);
+        if (!event) return;
+        constexpr std::size_t eventsOfASmallFile = 64;
+        if (decoded.events.empty()) decoded.events.reserve(eventsOfASmallFile);
+        decoded.events.push_back(*std::move(event));
     });
     return decoded;
 }

@@ -23,6 +23,10 @@ public:
     [[nodiscard]] bool isAvailable() const override;
     [[nodiscard]] std::vector<UsageEvent> loadEvents() const override;
 
+    /// From the capture of the status line; the logs do not tell them.
+    [[nodiscard]] std::optional<RateLimitSnapshot> latestRateLimits() const override;
+    [[nodiscard]] bool latestRateLimitAwaitingReset(Date now) const override;
+
     [[nodiscard]] std::vector<std::string> dataFiles() const override { return jsonlFiles(); }
     [[nodiscard]] bool canTailAppend() const override { return true; }
     [[nodiscard]] std::int64_t parserRevision() const override { return 1; }

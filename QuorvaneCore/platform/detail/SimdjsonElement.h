@@ -1,6 +1,6 @@
 #pragma once
 // Not installed: what JSONParser.cpp and JSONValue.cpp share of the parser library.
-#include <cstring>
+#include <bit>
 #include <type_traits>
 
 #include <simdjson.h>
@@ -11,20 +11,20 @@ namespace quorvane {
 
 struct JSONValue::Access {
     using Element = simdjson::dom::element;
-    static_assert(sizeof(Element) == sizeof(JSONValue::element_) && std::is_trivially_copyable_v<Element>);
+    static_assert(sizeof(Element) == sizeof(Words) && std::is_trivially_copyable_v<Element>);
+
+    static void set(JSONValue& value, const Element& element) noexcept {
+        value.kind_ = Kind::Element;
+        value.element_ = std::bit_cast<Words>(element);
+    }
 
     static JSONValue wrap(const Element& element) noexcept {
         JSONValue value;
-        value.kind_ = Kind::Element;
-        std::memcpy(value.element_, &element, sizeof element);
+        set(value, element);
         return value;
     }
 
-    static Element unwrap(const JSONValue& value) noexcept {
-        Element element;
-        std::memcpy(&element, value.element_, sizeof element);
-        return element;
-    }
+    static Element unwrap(const JSONValue& value) noexcept { return std::bit_cast<Element>(value.element_); }
 };
 
 }  // namespace quorvane
