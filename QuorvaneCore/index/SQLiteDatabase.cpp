@@ -35,6 +35,7 @@ std::shared_ptr<SQLiteDatabase> SQLiteDatabase::open(const std::string& path) {
     database->execute("PRAGMA busy_timeout=5000;");
     database->execute("PRAGMA journal_mode=WAL;");
     database->execute("PRAGMA synchronous=NORMAL;");
+    if (const char* tune = std::getenv("TUNE")) database->execute(tune);
     return database;
 }
 

@@ -40,7 +40,11 @@ std::string deleteEventsSQL(bool legacyColumn, bool ranged) {
     return sql + ";";
 }
 
+/// What SQLite takes as an event's key: texts are bound up to their first NUL byte.
 struct EventKey {
+    explicit EventKey(const UsageEvent& event) noexcept
+        : provider{event.provider}, messageId{event.messageId.c_str()}, requestId{event.requestId.c_str()} {}
+
     ProviderID provider;
     std::string_view messageId;
     std::string_view requestId;
@@ -73,8 +77,7 @@ std::vector<const UsageEvent*> bestOfEachKey(std::span<const UsageEvent> events)
     std::unordered_map<EventKey, std::size_t, EventKeyHash> places;
     places.reserve(events.size());
     for (const UsageEvent& event : events) {
-        const EventKey key{event.provider, event.messageId, event.requestId};
-        const auto [place, isNew] = places.try_emplace(key, best.size());
+        const auto [place, isNew] = places.try_emplace(EventKey{event}, best.size());
         if (isNew) {
             best.push_back(&event);
         } else if (isBetter(event.usage, best[place->second]->usage)) {

@@ -72,8 +72,8 @@ struct MultiWindow {
     [[nodiscard]] std::string placeholders() const {
         std::string list;
         for (std::size_t index = 0; index < providers.size(); ++index) {
-            if (index > 0) list += ", ";
-            list += "?" + std::to_string(index + 3);
+            list += index == 0 ? "?" : ", ?";
+            list += std::to_string(index + 3);
         }
         return list;
     }
@@ -171,7 +171,7 @@ UsageRollup UsageIndex::rollup(std::optional<ProviderID> provider, std::int64_t 
     const std::lock_guard guard{connectionLock_};
     const std::int64_t length = std::max<std::int64_t>(days, 1);
     const UsageDays range{now, calendar};
-    WindowAccumulator sums{length};
+    WindowAccumulator sums = WindowAccumulator::withoutSeries(length);
     const auto scan = prepareOrNothing(
         *database_, provider ? "SELECT provider, model, ts, input, output, cache5m, cache1h, cache_read FROM events "
                                "WHERE ts >= ?1 AND ts <= ?2 AND provider = ?3;"

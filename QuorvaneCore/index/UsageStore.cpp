@@ -12,7 +12,7 @@ UsageRollup UsageStore::rollup(std::span<const UsageEvent> events, std::int64_t 
     const std::int64_t length = std::max<std::int64_t>(days, 1);
     const detail::UsageDays range{now, calendar};
     const Date windowStart = range.windowStart(length);
-    detail::WindowAccumulator sums{length};
+    detail::WindowAccumulator sums = detail::WindowAccumulator::withoutSeries(length);
     for (const UsageEvent& event : events) {
         if (event.timestamp > now) continue;
         const std::optional<double> cost = calculator_.cost(event.model, event.usage);

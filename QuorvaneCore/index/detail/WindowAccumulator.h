@@ -19,6 +19,13 @@ struct WindowAccumulator {
         : dailyCostSeries(static_cast<std::size_t>(std::max<std::int64_t>(days, 0)), 0.0),
           windowDays{std::max<std::int64_t>(days, 0)} {}
 
+    /// For a rollup, which has no series: however long the window, no memory goes with its days.
+    [[nodiscard]] static WindowAccumulator withoutSeries(std::int64_t days) {
+        WindowAccumulator sums{0};
+        sums.windowDays = days;
+        return sums;
+    }
+
     CostBucket today;
     CostBucket window;
     std::map<std::string, CostBucket, std::less<>> byModel;
