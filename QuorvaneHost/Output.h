@@ -7,4 +7,7 @@ namespace quorvane::host {
 /// Throws `Failure` if not all of it could be written; a reader that went away is not an error.
 void print(std::string_view text);
 
+/// The same without the added line feed.
+void printExactly(std::string_view text);
+
 }  // namespace quorvane::host

@@ -20,6 +20,12 @@ public:
     [[nodiscard]] std::vector<std::string> watchPaths() const override { return reader_.watchPaths(); }
     [[nodiscard]] bool isAvailable() const override { return reader_.isAvailable(); }
     [[nodiscard]] std::vector<UsageEvent> loadEvents() const override { return reader_.loadEvents(); }
+    [[nodiscard]] std::optional<RateLimitSnapshot> latestRateLimits() const override {
+        return reader_.latestRateLimits();
+    }
+    [[nodiscard]] bool latestRateLimitAwaitingReset(Date now) const override {
+        return reader_.latestRateLimitAwaitingReset(now);
+    }
     [[nodiscard]] std::vector<std::string> dataFiles() const override {
         std::vector<std::string> files = reader_.dataFiles();
         progress_.filesKnown_ += static_cast<std::int64_t>(files.size());

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "QuorvaneCore/model/ProviderBasis.h"
+#include "QuorvaneHost/Remark.h"
 
 namespace quorvane::host {
 namespace {
@@ -55,6 +56,8 @@ SummaryReport SummaryReport::collect(const UsageIndex& index, const std::vector<
     for (const ModelRow& row : report.models) {
         report.cacheSavings += calculator.cacheReadSavings(row.model, row.window.usage).value_or(0);
     }
+    report.limits = LimitsReport::collect(readers, now);
+    report.remark = weeklyRemark(index, report.limits, calculator, calendar);
     return report;
 }
 

@@ -6,6 +6,7 @@
 
 #include "QuorvaneCore/index/UsageIndex.h"
 #include "QuorvaneCore/pricing/CostCalculator.h"
+#include "QuorvaneHost/LimitsReport.h"
 #include "QuorvaneHost/Readers.h"
 
 namespace quorvane::host {
@@ -31,6 +32,8 @@ struct SummaryReport {
     UsageWindowSummary total;
     std::vector<ProviderRow> providers;  ///< those that have data on this machine or events in the window
     std::vector<ModelRow> models;        ///< the most expensive first, then by tokens
+    LimitsReport limits;                 ///< the newest limits of the providers
+    std::optional<std::string> remark;   ///< the one thing worth saying of the last week
     double cacheSavings = 0;             ///< US dollars that reading from the cache saved against plain input
 
     /// Reads the index as it is. `readers` are those to be summed.

@@ -96,6 +96,30 @@ std::string providers(const SummaryReport& report, const Ink& ink, std::size_t w
     return "\n" + table.text(ink, width, margin);
 }
 
+/// "5h 42% used, resets in 2h 10m"
+std::string windowLine(const RateLimitWindow& window, Date now) {
+    const std::string reset = window.resetsAt ? ", resets " + timeUntil(*window.resetsAt, now) : "";
+    return fmt::format("{} {} used{}", windowName(window.windowMinutes), wholePercent(window.usedPercent), reset);
+}
+
+std::string limits(const SummaryReport& report, const Ink& ink) {
+    std::string text;
+    for (const LimitsReport::Row& row : report.limits.rows) {
+        std::string line;
+        const auto add = [&](const std::string& piece) { line += (line.empty() ? "" : " · ") + piece; };
+        if (row.limits && row.limits->primary) add(windowLine(*row.limits->primary, report.now));
+        if (row.limits && row.limits->secondary) add(windowLine(*row.limits->secondary, report.now));
+        if (std::holds_alternative<ProviderHeadroom::LikelyExhausted>(row.headroom.verdict)) {
+            add(ink.warning("likely exhausted"));
+        } else if (!row.limits && row.isAwaitingReset) {
+            add("just reset, nothing heard since");
+        }
+        if (line.empty()) continue;
+        text += std::string(margin, ' ') + ProviderCatalog::descriptor(row.id)->shortName + "  " + line + "\n";
+    }
+    return text.empty() ? text : "\n" + text;
+}
+
 std::string models(const SummaryReport& report, const Ink& ink, std::size_t width) {
     Table table{{"Model", windowLabel(report), "Share", "Calls", "Input", "Output", "Cached"}};
     const double whole = report.total.rollup.last7d.cost;
@@ -136,6 +160,7 @@ std::string remarks(const SummaryReport& report, const Ink& ink) {
     const bool hasEstimates =
         std::any_of(report.providers.begin(), report.providers.end(), [](const auto& row) { return !row.isInTotals; });
     if (hasEstimates) text += indent + ink.dim("~ an estimate, not in the totals") + "\n";
+    if (report.remark) text += indent + *report.remark + "\n";
     if (report.cacheSavings > 0) {
         text += indent + ink.dim("Reading from the cache saved " + money(report.cacheSavings)) + "\n";
     }
@@ -163,7 +188,7 @@ std::string summaryText(const SummaryReport& report, const Ink& ink, std::size_t
     if (report.total.rollup.last7d.eventCount == 0) {
         text += "\n" + std::string(margin, ' ') + ink.dim("No model calls in these days.") + "\n";
     }
-    text += days(report, ink, width) + providers(report, ink, width) + models(report, ink, width);
+    text += days(report, ink, width) + providers(report, ink, width) + limits(report, ink) + models(report, ink, width);
     return text + remarks(report, ink) + "\n";
 }
 
@@ -188,16 +213,18 @@ std::string summaryJSON(const SummaryReport& report) {
         }
         models.push_back(std::move(model));
     }
-    return JSONWriter::pretty(JSONTree::Object{{"days", report.days},
-                                               {"first_day", report.firstDay},
-                                               {"last_day", report.lastDay},
-                                               {"today", bucketJSON(report.total.rollup.today)},
-                                               {"window", bucketJSON(report.total.rollup.last7d)},
-                                               {"daily_cost_usd", seriesJSON(report.total.dailyCostSeries)},
-                                               {"providers", std::move(providers)},
-                                               {"models", std::move(models)},
-                                               {"unpriced_models", std::move(unpriced)},
-                                               {"cache_savings_usd", report.cacheSavings}});
+    JSONTree::Object summary{{"days", report.days},
+                             {"first_day", report.firstDay},
+                             {"last_day", report.lastDay},
+                             {"today", bucketJSON(report.total.rollup.today)},
+                             {"window", bucketJSON(report.total.rollup.last7d)},
+                             {"daily_cost_usd", seriesJSON(report.total.dailyCostSeries)},
+                             {"providers", std::move(providers)},
+                             {"models", std::move(models)},
+                             {"unpriced_models", std::move(unpriced)},
+                             {"cache_savings_usd", report.cacheSavings}};
+    if (report.remark) summary.emplace("remark", *report.remark);
+    return JSONWriter::pretty(std::move(summary));
 }
 
 }  // namespace quorvane::host

@@ -53,6 +53,10 @@ int run(std::vector<std::string> arguments) {
     addSummaryCommand(parser, chosen);
     addRefreshCommand(parser, chosen);
     addPricesCommand(parser, chosen);
+    addSnapshotCommand(parser, chosen);
+    addLimitsCommand(parser, chosen);
+    addCaptureCommand(parser, chosen);
+    addLabelCommand(parser, chosen);
     addMaintainCommand(parser, chosen);
 
     try {

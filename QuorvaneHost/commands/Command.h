@@ -14,6 +14,10 @@ void addSummaryCommand(CLI::App& parser, ChosenCommand& chosen);
 void addRefreshCommand(CLI::App& parser, ChosenCommand& chosen);
 void addPricesCommand(CLI::App& parser, ChosenCommand& chosen);
 void addMaintainCommand(CLI::App& parser, ChosenCommand& chosen);
+void addSnapshotCommand(CLI::App& parser, ChosenCommand& chosen);
+void addLimitsCommand(CLI::App& parser, ChosenCommand& chosen);
+void addCaptureCommand(CLI::App& parser, ChosenCommand& chosen);
+void addLabelCommand(CLI::App& parser, ChosenCommand& chosen);
 
 /// `--days N`, at least 1.
 CLI::Option* addDaysOption(CLI::App& command, std::int64_t& days);

@@ -1,5 +1,7 @@
 #include "QuorvaneHost/text/Amounts.h"
 
+#include <cmath>
+
 #include <fmt/format.h>
 
 #include "QuorvaneCore/snapshots/MoneyFormatter.h"
@@ -22,7 +24,11 @@ std::string grouped(std::int64_t number) {
 std::string percent(double part, double whole) {
     if (!(whole > 0)) return {};
     const double share = part / whole * 100;
-    return share > 0 && share < 1 ? "<1%" : fmt::format("{:.0f}%", share);
+    return share > 0 && share < 1 ? "<1%" : wholePercent(share);
+}
+
+std::string wholePercent(double value) {
+    return fmt::format("{:.0f}%", std::round(value));
 }
 
 }  // namespace quorvane::host

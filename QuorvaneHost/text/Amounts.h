@@ -13,5 +13,7 @@ namespace quorvane::host {
 [[nodiscard]] std::string grouped(std::int64_t number);
 /// A share of a whole in whole percent; "<1%" for a small one that is not nothing, empty for a whole of nothing.
 [[nodiscard]] std::string percent(double part, double whole);
+/// A figure that is a percentage already, in whole percent, halves away from zero.
+[[nodiscard]] std::string wholePercent(double value);
 
 }  // namespace quorvane::host
