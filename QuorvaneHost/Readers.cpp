@@ -3,12 +3,14 @@
 #include <algorithm>
 
 #include "QuorvaneCore/providers/ClaudeProvider.h"
+#include "QuorvaneCore/providers/CodexProvider.h"
 
 namespace quorvane::host {
 
 std::vector<Reader> allReaders() {
     std::vector<Reader> readers;
     readers.push_back(std::make_unique<ClaudeProvider>());
+    readers.push_back(std::make_unique<CodexProvider>());
     return readers;
 }
 
