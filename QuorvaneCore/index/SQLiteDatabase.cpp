@@ -1,6 +1,8 @@
 #include "QuorvaneCore/index/SQLiteDatabase.h"
 
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 #include <sqlite3.h>
 
@@ -13,6 +15,22 @@ std::string messageOf(sqlite3* handle) {
     const char* message = ::sqlite3_errmsg(handle);
     if (message == nullptr) std::abort();
     return message;
+}
+
+/// Sets the write-ahead mode, which the file keeps from then on. Where several programs open a new file at once, SQLite
+/// gives up at the first sight of another one's lock, without the wait that it grants every other statement.
+void useWriteAheadLog(SQLiteDatabase& database) {
+    using std::chrono::steady_clock;
+    const steady_clock::time_point end = steady_clock::now() + std::chrono::milliseconds{5000};
+    for (;;) {
+        try {
+            database.execute("PRAGMA journal_mode=WAL;");
+            return;
+        } catch (const SQLiteError& error) {
+            if (error.message() != "database is locked" || steady_clock::now() >= end) throw;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds{1});
+    }
 }
 
 }  // namespace
@@ -33,9 +51,12 @@ std::shared_ptr<SQLiteDatabase> SQLiteDatabase::open(const std::string& path) {
     // Waiting comes first: several processes may open the file at once, and the first look at a write-ahead log can
     // meet another one's recovery of it.
     database->execute("PRAGMA busy_timeout=5000;");
-    database->execute("PRAGMA journal_mode=WAL;");
+    useWriteAheadLog(*database);
     database->execute("PRAGMA synchronous=NORMAL;");
-    if (const char* tune = std::getenv("TUNE")) database->execute(tune);
+    // The first ingest of a large history touches pages all over the file. With more of them in memory (8 MB instead of
+    // 2) and fewer moves from the log into the file (each 32 MB instead of 4) it takes half the time.
+    database->execute("PRAGMA cache_size=-8000;");
+    database->execute("PRAGMA wal_autocheckpoint=8000;");
     return database;
 }
 

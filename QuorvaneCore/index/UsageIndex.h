@@ -151,15 +151,28 @@ private:
     std::optional<std::int64_t> internedPathID(const std::string& path);
     void raiseGeneration();
     [[nodiscard]] std::set<std::string> collectPaths(const std::string& sql, ProviderID provider) const;
+    [[nodiscard]] std::shared_ptr<SQLiteStatement> kept(std::shared_ptr<SQLiteStatement>& place,
+                                                        const std::string& sql) const;
 
     std::string path_;
 
-    /// Covers every use of the connection and of the kept statement, from the first bind to the last reset. Recursive,
+    /// What a refresh runs for every file, prepared at the first use; to prepare these takes longer than to run them.
+    /// Reset between two uses. What only an old version's file needs is not among them.
+    struct KeptStatements {
+        std::shared_ptr<SQLiteStatement> eventUpsert;
+        std::shared_ptr<SQLiteStatement> eventDeletion;
+        std::shared_ptr<SQLiteStatement> pathInsertion;
+        std::shared_ptr<SQLiteStatement> pathLookup;
+        std::shared_ptr<SQLiteStatement> cursorUpsert;
+        std::shared_ptr<SQLiteStatement> cursorLookup;
+    };
+
+    /// Covers every use of the connection and of the kept statements, from the first bind to the last reset. Recursive,
     /// since operations call one another. Taken before `generationLock_`.
     mutable std::recursive_mutex connectionLock_;
     std::shared_ptr<SQLiteDatabase> database_;
     bool legacySourcePathColumn_ = false;
-    mutable std::shared_ptr<SQLiteStatement> cursorLookup_;
+    mutable KeptStatements kept_;
 
     /// Guards `generationValue_`; a leaf.
     mutable std::mutex generationLock_;

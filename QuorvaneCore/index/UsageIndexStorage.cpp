@@ -101,6 +101,21 @@ void bindEvent(SQLiteStatement& insert, const UsageEvent& event) {
     insert.bind(11, event.usage.cacheRead);
 }
 
+/// A statement for one use; ready for the next one at the end, whatever happens.
+class Use {
+public:
+    explicit Use(std::shared_ptr<SQLiteStatement> statement) noexcept : statement_{std::move(statement)} {}
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+    ~Use() { statement_->reset(); }
+
+    SQLiteStatement& operator*() const noexcept { return *statement_; }
+    SQLiteStatement* operator->() const noexcept { return statement_.get(); }
+
+private:
+    std::shared_ptr<SQLiteStatement> statement_;
+};
+
 FileState readFileState(SQLiteStatement& row) {
     return FileState{.size = row.integer(0),
                      .mtime = row.real(1),
@@ -118,7 +133,8 @@ void UsageIndex::ingest(std::span<const UsageEvent> events, const std::optional<
     const std::vector<const UsageEvent*> best = bestOfEachKey(events);
     const std::lock_guard guard{connectionLock_};
     const bool legacyColumn = legacySourcePathColumn_;
-    const auto insert = database_->prepare(insertSQL(legacyColumn));
+    static const std::string currentSQL = insertSQL(false);
+    const Use insert{legacyColumn ? database_->prepare(insertSQL(true)) : kept(kept_.eventUpsert, currentSQL)};
     database_->transaction([&] {
         const std::optional<std::int64_t> pathID = sourcePath ? internedPathID(*sourcePath) : std::nullopt;
         for (const UsageEvent* event : best) {
@@ -133,17 +149,27 @@ void UsageIndex::ingest(std::span<const UsageEvent> events, const std::optional<
 }
 
 std::optional<std::int64_t> UsageIndex::internedPathID(const std::string& path) {
-    const auto insert = database_->prepare("INSERT OR IGNORE INTO paths (path) VALUES (?1);");
+    const Use insert{kept(kept_.pathInsertion, "INSERT OR IGNORE INTO paths (path) VALUES (?1);")};
     insert->bind(1, path);
     insert->run();
-    const auto select = database_->prepare("SELECT id FROM paths WHERE path = ?1;");
+    const Use select{kept(kept_.pathLookup, "SELECT id FROM paths WHERE path = ?1;")};
     select->bind(1, path);
     return select->step() ? std::optional{select->integer(0)} : std::nullopt;
 }
 
+std::shared_ptr<SQLiteStatement> UsageIndex::kept(std::shared_ptr<SQLiteStatement>& place,
+                                                  const std::string& sql) const {
+    if (!place) place = database_->prepare(sql);
+    return place;
+}
+
 void UsageIndex::deleteEvents(const std::string& sourcePath, std::optional<Date> timestampAtOrAfter) {
     const std::lock_guard guard{connectionLock_};
-    const auto statement = database_->prepare(deleteEventsSQL(legacySourcePathColumn_, timestampAtOrAfter.has_value()));
+    static const std::string currentSQL = deleteEventsSQL(false, false);
+    const bool isCommon = !legacySourcePathColumn_ && !timestampAtOrAfter;
+    const Use statement{
+        isCommon ? kept(kept_.eventDeletion, currentSQL)
+                 : database_->prepare(deleteEventsSQL(legacySourcePathColumn_, timestampAtOrAfter.has_value()))};
     statement->bind(1, sourcePath);
     if (timestampAtOrAfter) statement->bind(2, timestampAtOrAfter->secondsSince1970);
     statement->run();
@@ -173,22 +199,15 @@ std::set<std::string> UsageIndex::collectPaths(const std::string& sql, ProviderI
 }
 
 std::optional<FileState> UsageIndex::cursor(const std::string& path) const {
+    static const std::string sql =
+        "SELECT size, mtime, offset, fingerprint, ctime, provider, parser_revision FROM cursors WHERE path = ?1;";
     const std::lock_guard guard{connectionLock_};
     try {
-        if (!cursorLookup_) {
-            cursorLookup_ = database_->prepare(
-                "SELECT size, mtime, offset, fingerprint, ctime, provider, parser_revision FROM cursors WHERE path = "
-                "?1;");
-        }
-        cursorLookup_->reset();
-        cursorLookup_->bind(1, path);
-        std::optional<FileState> state;
-        if (cursorLookup_->step()) state = readFileState(*cursorLookup_);
-        cursorLookup_->reset();
-        return state;
+        const Use lookup{kept(kept_.cursorLookup, sql)};
+        lookup->bind(1, path);
+        return lookup->step() ? std::optional{readFileState(*lookup)} : std::nullopt;
     } catch (const SQLiteError&) {
         // A cursor that cannot be read counts as missing, so that the file is read again.
-        if (cursorLookup_) cursorLookup_->reset();
         return std::nullopt;
     }
 }
@@ -196,15 +215,16 @@ std::optional<FileState> UsageIndex::cursor(const std::string& path) const {
 void UsageIndex::setCursor(const std::string& path, std::int64_t size, double mtime, std::int64_t offset,
                            const std::string& fingerprint, double ctime, std::optional<ProviderID> provider,
                            std::int64_t parserRevision) {
-    const std::lock_guard guard{connectionLock_};
-    const auto statement = database_->prepare(
+    static const std::string sql =
         "INSERT INTO cursors (path, size, mtime, offset, fingerprint, ctime, provider, parser_revision) VALUES (?1, "
         "?2, ?3, ?4, ?5, ?6, ?7, ?8)\n"
         "ON CONFLICT(path) DO UPDATE SET\n"
         "  size=excluded.size, mtime=excluded.mtime, offset=excluded.offset,\n"
         "  fingerprint=excluded.fingerprint, ctime=excluded.ctime,\n"
         "  provider=CASE WHEN excluded.provider != '' THEN excluded.provider ELSE cursors.provider END,\n"
-        "  parser_revision=excluded.parser_revision;");
+        "  parser_revision=excluded.parser_revision;";
+    const std::lock_guard guard{connectionLock_};
+    const Use statement{kept(kept_.cursorUpsert, sql)};
     statement->bind(1, path);
     statement->bind(2, size);
     statement->bind(3, mtime);

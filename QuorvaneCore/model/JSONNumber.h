@@ -17,7 +17,7 @@ public:
 
     /// A float is truncated toward zero; 0 for anything but a number, texts included.
     /// A number that 64 bits cannot hold ends the process.
-    [[nodiscard]] static std::int64_t asInt(JSONValue value) noexcept;
+    [[nodiscard]] static std::int64_t asInt(const JSONValue& value) noexcept;
 
     /// For numbers that a log carries as texts. The whole text must be a floating-point number of the C locale, with no
     /// white space; truncated toward zero, and 0 when negative. 0 for any other text and for an absent one.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -25,6 +26,14 @@ bool isFolder(const dirent& entry, const std::string& path) noexcept {
 
 std::vector<std::string> DirectoryWalk::entries(const std::string& root, std::string_view extension) {
     std::vector<std::string> found;
+    visit(root, extension, [&](std::string path) {
+        found.push_back(std::move(path));
+        return true;
+    });
+    return found;
+}
+
+void DirectoryWalk::visit(const std::string& root, std::string_view extension, FunctionView<bool(std::string)> goOn) {
     // Folders wait on a list instead of the call stack, so that depth costs neither stack nor open descriptors.
     std::vector<std::string> waiting{root};
     while (!waiting.empty()) {
@@ -40,12 +49,11 @@ std::vector<std::string> DirectoryWalk::entries(const std::string& root, std::st
             if (!matches && entry->d_type != DT_DIR && entry->d_type != DT_UNKNOWN) continue;
             std::string path = FilePath::joining(folder, name);
             if (isFolder(*entry, path)) waiting.push_back(path);
-            if (matches) found.push_back(std::move(path));
+            if (matches && !goOn(std::move(path))) return;
         }
         // The first sub-folder of the listing is entered first.
         std::reverse(waiting.begin() + static_cast<std::ptrdiff_t>(firstChild), waiting.end());
     }
-    return found;
 }
 
 }  // namespace quorvane

@@ -3,6 +3,8 @@
 #include <string_view>
 #include <vector>
 
+#include "QuorvaneCore/platform/FunctionView.h"
+
 namespace quorvane {
 
 /// Recursive listing of a folder.
@@ -16,6 +18,9 @@ public:
     /// In the order of the file system, unsorted. A folder that cannot be read adds nothing.
     /// No entry is queried for its status where the file system tells folders apart by itself.
     [[nodiscard]] static std::vector<std::string> entries(const std::string& root, std::string_view extension);
+
+    /// Offers the same paths one by one, in the same order, and ends the walk as soon as `goOn` gives false.
+    static void visit(const std::string& root, std::string_view extension, FunctionView<bool(std::string)> goOn);
 };
 
 }  // namespace quorvane

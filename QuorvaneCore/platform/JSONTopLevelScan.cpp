@@ -1,6 +1,7 @@
 #include "QuorvaneCore/platform/JSONTopLevelScan.h"
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -82,7 +83,7 @@ private:
     }
 
     bool skipContainer() noexcept {
-        constexpr std::size_t budget = 128;
+        constexpr std::size_t budget = 64;
         const std::size_t limit = at_ + budget;
         std::size_t depth = 0;
         while (!atEnd() && at_ < limit) {
@@ -122,14 +123,12 @@ public:
         if (key_.size() < leastKey || !text_.starts_with('{')) return {};
         std::size_t at = 1;
         while (at + blockBytes + leastKey <= text_.size()) {
-            if (isPlain(text_.data() + at)) {
-                at += blockBytes;
-                continue;
-            }
-            for (const std::size_t end = at + blockBytes; at < end; ++at) {
-                if (isOdd(text_[at])) return isContainerOfMember(at) ? Place{Found::Container, at} : Place{};
-                if (text_[at] == '"' && text_.substr(at + 1).starts_with(key_)) return behindKey(at + 1 + key_.size());
-            }
+            const std::size_t stop = firstStop(text_.data() + at);
+            at += stop;
+            if (stop == blockBytes) continue;
+            if (isOdd(text_[at])) return isContainerOfMember(at) ? Place{Found::Container, at} : Place{};
+            if (text_.substr(at + 1).starts_with(key_)) return behindKey(at + 1 + key_.size());
+            ++at;
         }
         return {};
     }
@@ -157,13 +156,26 @@ private:
         return (bytes == '{') | (bytes == '[') | (bytes == '\\') | ((bytes == '"') & (ahead == second));
     }
 
-    /// Whether a block can be passed over.
-    [[nodiscard]] bool isPlain(const char* block) const noexcept {
+    /// How many bytes of a block can be passed over; `blockBytes` if all of them.
+    [[nodiscard]] std::size_t firstStop(const char* block) const noexcept {
         static_assert(blockBytes == 2 * sizeof(Bytes));
-        const auto found = stops(block) | stops(block + sizeof(Bytes));
+        const auto low = stops(block);
+        const auto high = stops(block + sizeof(Bytes));
+        if (firstSet(low | high) == sizeof(Bytes)) return blockBytes;
+        const std::size_t inLow = firstSet(low);
+        return inLow < sizeof(Bytes) ? inLow : sizeof(Bytes) + firstSet(high);
+    }
+
+    /// The place of the first byte that is not 0; 16 if there is none.
+    template <typename Mask>
+    static std::size_t firstSet(const Mask& mask) noexcept {
         std::array<std::uint64_t, 2> words{};
-        std::memcpy(words.data(), &found, sizeof found);
-        return (words[0] | words[1]) == 0;
+        std::memcpy(words.data(), &mask, sizeof mask);
+        const auto zerosInFront = [](std::uint64_t word) noexcept {
+            return std::endian::native == std::endian::little ? std::countr_zero(word) : std::countl_zero(word);
+        };
+        const int zeros = words[0] != 0 ? zerosInFront(words[0]) : 64 + zerosInFront(words[1]);
+        return static_cast<std::size_t>(zeros) / 8;
     }
 
     /// A quote that ends a string has no punctuation or blank in front; one that begins a string has nothing else.

@@ -25,12 +25,12 @@ bool mayTellOfACall(std::string_view line) noexcept {
 }
 
 /// The text of a string that is not empty.
-std::optional<std::string_view> filledString(JSONValue value) noexcept {
+std::optional<std::string_view> filledString(const JSONValue& value) noexcept {
     const std::optional<std::string_view> text = value.string();
     return text && !text->empty() ? text : std::nullopt;
 }
 
-TokenUsage decodeUsage(JSONValue usage) noexcept {
+TokenUsage decodeUsage(const JSONValue& usage) noexcept {
     const auto [input, output, cacheRead, cacheCreation, cacheCreationTotal] = usage.members<5>(
         {"input_tokens", "output_tokens", "cache_read_input_tokens", "cache_creation", "cache_creation_input_tokens"});
     TokenUsage tokens{.input = JSONNumber::asInt(input),
@@ -48,33 +48,27 @@ TokenUsage decodeUsage(JSONValue usage) noexcept {
     return tokens;
 }
 
-std::optional<UsageEvent> decodeDocument(JSONValue line) {
+/// Fills `event` from the document of a line that tells of a call. False for any other; `event` is as it was then.
+/// An event has four texts, and there are hundreds of thousands of them, so each is made in its place.
+bool decodeDocument(const JSONValue& line, UsageEvent& event) {
     const auto [type, isError, requestId, timestamp, folder, message] =
         line.members<6>({"type", "isApiErrorMessage", "requestId", "timestamp", "cwd", "message"});
-    if (type.string() != "assistant" || isError.boolean() == true) return std::nullopt;
+    if (type.string() != "assistant" || isError.boolean() == true) return false;
     const auto [messageId, model, usage] = message.members<3>({"id", "model", "usage"});
-    if (!usage.isObject() || usage.isEmpty()) return std::nullopt;
+    if (!usage.isObject() || usage.isEmpty()) return false;
     const std::optional<std::string_view> messageText = filledString(messageId);
     const std::optional<std::string_view> requestText = filledString(requestId);
     const std::optional<std::string_view> modelText = filledString(model);
-    if (!messageText || !requestText || !modelText) return std::nullopt;
+    if (!messageText || !requestText || !modelText) return false;
 
-    // Made where it is returned: there are hundreds of thousands of them, with four texts each.
-    std::optional<UsageEvent> event{std::in_place};
-    event->messageId = *messageText;
-    event->requestId = *requestText;
-    event->provider = ProviderID::Claude;
-    event->model = *modelText;
-    event->timestamp = ISOTimestamp::parse(timestamp.string(), Date::distantPast());
-    event->usage = decodeUsage(usage);
-    if (const std::optional<std::string_view> path = folder.string()) event->project = FilePath::lastComponent(*path);
-    return event;
-}
-
-/// For lines as the stream reader delivers them, with padding behind.
-std::optional<UsageEvent> decodePadded(std::string_view line, JSONParser& parser) {
-    if (!mayTellOfACall(line)) return std::nullopt;
-    return decodeDocument(parser.parsePadded(line));
+    event.messageId = *messageText;
+    event.requestId = *requestText;
+    event.provider = ProviderID::Claude;
+    event.model = *modelText;
+    event.timestamp = ISOTimestamp::parse(timestamp.string(), Date::distantPast());
+    event.usage = decodeUsage(usage);
+    if (const std::optional<std::string_view> path = folder.string()) event.project = FilePath::lastComponent(*path);
+    return true;
 }
 
 }  // namespace
@@ -101,18 +95,21 @@ std::vector<std::string> ClaudeProvider::jsonlFiles() const {
 std::optional<UsageEvent> ClaudeProvider::decode(std::string_view line) {
     if (!mayTellOfACall(line)) return std::nullopt;
     JSONParser parser;
-    return decodeDocument(parser.parse(line));
+    UsageEvent event;
+    if (!decodeDocument(parser.parse(line), event)) return std::nullopt;
+    return event;
 }
 
 DecodedFile ClaudeProvider::decodeFile(const std::string& file, std::int64_t offset) const {
     DecodedFile decoded;
-    JSONParser parser;
+    constexpr std::size_t eventsOfASmallFile = 64;
+    // Kept for the next file: the memory of a new one for each of thousands of small files costs a few percent.
+    thread_local JSONParser parser;
     decoded.consumed = reader_.read(file, offset, [&](std::string_view line) {
-        std::optional<UsageEvent> event = decodePadded(line, parser);
-        if (!event) return;
-        constexpr std::size_t eventsOfASmallFile = 64;
+        if (!mayTellOfACall(line)) return;
+        const JSONValue document = parser.parsePadded(line);
         if (decoded.events.empty()) decoded.events.reserve(eventsOfASmallFile);
-        decoded.events.push_back(*std::move(event));
+        if (!decodeDocument(document, decoded.events.emplace_back())) decoded.events.pop_back();
     });
     return decoded;
 }
@@ -122,7 +119,8 @@ std::vector<UsageEvent> ClaudeProvider::loadEvents() const {
     JSONParser parser;
     for (const std::string& file : jsonlFiles()) {
         reader_.read(file, [&](std::string_view line) {
-            if (std::optional<UsageEvent> event = decodePadded(line, parser)) best.add(*std::move(event));
+            UsageEvent event;
+            if (mayTellOfACall(line) && decodeDocument(parser.parsePadded(line), event)) best.add(std::move(event));
         });
     }
     return best.events();

@@ -62,6 +62,8 @@ void expectAnswers(JSONValue value, const Answers& expected) {
     EXPECT_EQ(value.string(), expected.string);
     EXPECT_EQ(value.boolean(), expected.boolean);
     EXPECT_EQ(value.number(), expected.number);
+    const auto* integer = expected.number ? std::get_if<std::int64_t>(&*expected.number) : nullptr;
+    EXPECT_EQ(value.integer(), integer != nullptr ? std::optional{*integer} : std::nullopt);
     if (!expected.isObject) {
         EXPECT_FALSE(value["key"].isPresent());
         value.forEachMember([](std::string_view, JSONValue) { ADD_FAILURE() << "a member of no object"; });
@@ -109,6 +111,19 @@ TEST_P(JSONValues, doubledKeysAreVisitedOnceWithTheirFirstValue) {
         seen.emplace_back(key, member.string().value());
     });
     EXPECT_THAT(seen, ElementsAre(Pair("a", "1"), Pair("b", "2")));
+}
+
+TEST_P(JSONValues, keysOfAnyLengthAreToldApartAtEveryByte) {
+    for (std::size_t length = 1; length <= 80; ++length) {
+        const std::string key(length, 'k');
+        const JSONValue value = read(R"({"a":1,")" + key + R"(":2,"k)" + key + R"(":3})");
+        ASSERT_EQ(value[key].integer(), 2) << length;
+        for (std::size_t at = 0; at < length; ++at) {
+            std::string other = key;
+            other[at] = 'x';
+            ASSERT_FALSE(value[other].isPresent()) << length << " at " << at;
+        }
+    }
 }
 
 TEST_P(JSONValues, membersOfSeveralKeysComeInTheOrderAskedFor) {
