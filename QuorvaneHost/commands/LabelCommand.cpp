@@ -15,8 +15,10 @@
 namespace quorvane::host {
 namespace {
 
-/// The window that a tooltip tells beside today.
-constexpr std::int64_t tooltipDays = 30;
+/// The window that a tooltip tells beside today. A week, since bars ask every few seconds, and longer windows cost more
+/// than the refresh itself; a title alone needs no more than today.
+constexpr std::int64_t tooltipDays = 7;
+constexpr std::int64_t titleDays = 1;
 
 struct Options {
     std::string format;
@@ -32,8 +34,8 @@ LabelText makeLabel(const Options& options) {
     std::vector<ProviderID> ids;
     for (const LimitsReport::Row& row : limits.rows)
         ids.push_back(row.id);
-    const UsageWindowSummaries summaries =
-        index->windowSummaries(ids, tooltipDays, currentPrices(), now, Calendar::current());
+    const std::int64_t days = options.style == "waybar" ? tooltipDays : titleDays;
+    const UsageWindowSummaries summaries = index->windowSummaries(ids, days, currentPrices(), now, Calendar::current());
     return LabelText::make(summaries, limits, MenuBarDisplayFormat::normalized(options.format), Locale::current());
 }
 
