@@ -28,8 +28,10 @@ public:
 
     [[nodiscard]] std::string hint() const override {
         if (state() != "unavailable") return {};
-        return path().empty() ? "no status-line script is set in " + settingsPath()
-                              : "the script has no line that reads standard input into a variable: input=$(cat)";
+        const std::string script = path();
+        if (script.empty()) return "no status-line script is set in " + settingsPath();
+        if (!readFile(script)) return script + " cannot be read";
+        return "the script has no line that reads standard input into a variable: input=$(cat)";
     }
 
     void install() const override {

@@ -5,11 +5,13 @@
 #include <string>
 
 #include "QuorvaneHost/Failure.h"
+#include "QuorvaneHost/RefreshLock.h"
 #include "QuorvaneHost/RefreshProgress.h"
 
 namespace quorvane::host {
 
 std::vector<RefreshedReader> refreshAll(const std::shared_ptr<UsageIndex>& index, std::span<const Reader> readers) {
+    const RefreshLock lock{index->path()};
     RefreshProgress progress;
     std::vector<std::unique_ptr<IndexableProvider>> observed;
     std::vector<std::future<UsageIndexer::Stats>> running;

@@ -17,7 +17,8 @@ struct RefreshedReader {
 };
 
 /// Brings the index up to date with the readers, side by side, showing progress on a terminal. Every reader is visited,
-/// also one whose agent is gone. In the order of `readers`. Throws `Failure`, after all readers are done.
+/// also one whose agent is gone. In the order of `readers`. Waits while another process refreshes the same index.
+/// Throws `Failure`, after all readers are done.
 [[nodiscard]] std::vector<RefreshedReader> refreshAll(const std::shared_ptr<UsageIndex>& index,
                                                       std::span<const Reader> readers);
 

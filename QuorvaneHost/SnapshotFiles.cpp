@@ -138,6 +138,11 @@ std::optional<LocalAutomationSnapshot> readAutomation() {
     }
 }
 
+/// What a reader of the file would get: dates have whole seconds there.
+LocalAutomationSnapshot asWritten(const LocalAutomationSnapshot& snapshot) {
+    return LocalAutomationSnapshotEncoder::decode(LocalAutomationSnapshotEncoder::encode(snapshot));
+}
+
 }  // namespace
 
 SnapshotFiles SnapshotFiles::build(const UsageIndex& index, const std::vector<Reader>& readers,
@@ -159,7 +164,7 @@ bool SnapshotFiles::write(bool force) const {
     const bool keepsAutomation =
         !force && oldAutomation && oldAutomation->schemaVersion == LocalAutomationSnapshot::currentSchemaVersion &&
         automation.generatedAt - oldAutomation->generatedAt < freshSeconds &&
-        automation.generatedAt >= oldAutomation->generatedAt && oldAutomation->hasSameContent(automation);
+        automation.generatedAt >= oldAutomation->generatedAt && oldAutomation->hasSameContent(asWritten(automation));
     if (!keepsAutomation) LocalAutomationSnapshotStore{}.write(automation);
 
     const WidgetSnapshotStore store;

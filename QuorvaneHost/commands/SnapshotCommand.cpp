@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "QuorvaneCore/platform/Clock.h"
+#include "QuorvaneCore/snapshots/LocalAutomationSnapshotEncoder.h"
 #include "QuorvaneHost/LimitsReport.h"
 #include "QuorvaneHost/Output.h"
 #include "QuorvaneHost/RefreshRun.h"
@@ -28,7 +29,7 @@ int runSnapshot(const Options& options) {
                                                      currentPrices(), now, Calendar::current());
     files.write(options.force);
     if (options.format == "markdown") {
-        print(files.automation.markdownReport());
+        print(LocalAutomationSnapshotEncoder::decode(writtenAutomationText()).markdownReport());
     } else {
         printExactly(writtenAutomationText());
     }

@@ -3,9 +3,11 @@
 
 #include "QuorvaneCore/index/UsageStore.h"
 #include "QuorvaneCore/model/JSONNumber.h"
+#include "QuorvaneCore/model/ProviderBasis.h"
 #include "QuorvaneCore/platform/Clock.h"
 #include "QuorvaneCore/platform/JSONParser.h"
 #include "QuorvaneCore/providers/ClaudeProvider.h"
+#include "QuorvaneHost/Readers.h"
 #include "tests/host/HostRun.h"
 
 namespace quorvane::testing {
@@ -52,8 +54,14 @@ TEST(SampleHome, theSummaryAgreesWithTheEventsInMemory) {
     const ProgramRun run = runHost({"--now", "2027-01-29T12:00:00Z", "--json"});
     JSONParser parser;
     const JSONValue window = parser.parse(run.output)["window"];
-    const UsageRollup rollup = UsageStore{CostCalculator{}}.rollup(
-        ClaudeProvider{}.loadEvents(), 30, Date{static_cast<double>(moment)}, Calendar{"Europe/Berlin"});
+    std::vector<UsageEvent> events;
+    for (const host::Reader& reader : host::allReaders()) {
+        if (!isAggregable(providerBasisOf(reader->id()))) continue;
+        const std::vector<UsageEvent> own = reader->loadEvents();
+        events.insert(events.end(), own.begin(), own.end());
+    }
+    const UsageRollup rollup =
+        UsageStore{CostCalculator{}}.rollup(events, 30, Date{static_cast<double>(moment)}, Calendar{"Europe/Berlin"});
     EXPECT_EQ(JSONNumber::asInt(window["events"]), rollup.last7d.eventCount);
     EXPECT_EQ(JSONNumber::asInt(window["cache_read_tokens"]), rollup.last7d.usage.cacheRead);
     EXPECT_NEAR(JSONNumber::asDouble(window["cost_usd"]).value(), rollup.last7d.cost, 1e-9 * rollup.last7d.cost);

@@ -192,6 +192,23 @@ TEST_F(SQLiteTransaction, waitsForAnotherConnectionToRelease) {
     EXPECT_THAT(rows(), ElementsAre("1", "2"));
 }
 
+/// A new file is not in the write-ahead mode yet, and a program that has begun to write keeps others from setting it.
+TEST(SQLiteDatabase, openWaitsForAnotherProgramThatFillsTheNewFile) {
+    const IndexFile file;
+    const auto other = SQLiteDatabase::open(file.path);
+    other->execute("PRAGMA journal_mode=DELETE; CREATE TABLE t (x); BEGIN IMMEDIATE; INSERT INTO t VALUES (1);");
+    std::thread release{[&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds{150});
+        other->execute("COMMIT;");
+    }};
+    std::shared_ptr<SQLiteDatabase> database;
+    EXPECT_NO_THROW(database = SQLiteDatabase::open(file.path));
+    release.join();
+    ASSERT_TRUE(database);
+    EXPECT_THAT(column(*database, "PRAGMA journal_mode;"), ElementsAre("wal"));
+    EXPECT_THAT(column(*database, "SELECT x FROM t;"), ElementsAre("1"));
+}
+
 TEST(SQLiteDatabase, theLastReferenceClosesTheConnection) {
     const IndexFile file;
     const std::size_t before = openDescriptors();
