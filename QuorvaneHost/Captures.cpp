@@ -5,6 +5,7 @@
 #include "QuorvaneCore/platform/FileContents.h"
 #include "QuorvaneCore/platform/FilePath.h"
 #include "QuorvaneCore/platform/UserFolders.h"
+#include "QuorvaneCore/ratelimits/GrokRateLimitCapture.h"
 #include "QuorvaneCore/ratelimits/StatuslineCapture.h"
 #include "QuorvaneHost/Failure.h"
 
@@ -51,11 +52,46 @@ private:
     static std::string settingsPath() { return FilePath::joining(UserFolders::home(), ".claude/settings.json"); }
 };
 
+class GrokCapture final : public Capture {
+public:
+    [[nodiscard]] std::string agent() const override { return "grok"; }
+
+    [[nodiscard]] std::string state() const override {
+        switch (GrokRateLimitCapture::state()) {
+            case GrokRateLimitCapture::State::Active: return "active";
+            case GrokRateLimitCapture::State::Installable: return "installable";
+            case GrokRateLimitCapture::State::Unavailable: return "unavailable";
+        }
+        return {};
+    }
+
+    [[nodiscard]] std::string path() const override { return GrokRateLimitCapture::hookURL(); }
+
+    [[nodiscard]] std::string hint() const override {
+        return state() == "unavailable" ? "no trace of the agent in " + GrokRateLimitCapture::grokHome() : "";
+    }
+
+    void install() const override {
+        try {
+            GrokRateLimitCapture::install();
+        } catch (const GrokRateLimitCapture::CaptureError& error) {
+            switch (error.kind()) {
+                case GrokRateLimitCapture::CaptureError::Kind::GrokNotDetected: throw Failure{"grok: " + hint()};
+                case GrokRateLimitCapture::CaptureError::Kind::NoAppSupport:
+                    throw Failure{"grok: there is no place for the hook's script"};
+            }
+        }
+    }
+
+    void uninstall() const override { GrokRateLimitCapture::uninstall(); }
+};
+
 }  // namespace
 
 std::vector<std::unique_ptr<Capture>> allCaptures() {
     std::vector<std::unique_ptr<Capture>> captures;
     captures.push_back(std::make_unique<ClaudeCapture>());
+    captures.push_back(std::make_unique<GrokCapture>());
     return captures;
 }
 

@@ -4,6 +4,8 @@
 
 #include "QuorvaneCore/providers/ClaudeProvider.h"
 #include "QuorvaneCore/providers/CodexProvider.h"
+#include "QuorvaneCore/providers/GeminiProvider.h"
+#include "QuorvaneCore/providers/GrokProvider.h"
 
 namespace quorvane::host {
 
@@ -11,6 +13,8 @@ std::vector<Reader> allReaders() {
     std::vector<Reader> readers;
     readers.push_back(std::make_unique<ClaudeProvider>());
     readers.push_back(std::make_unique<CodexProvider>());
+    readers.push_back(std::make_unique<GeminiProvider>());
+    readers.push_back(std::make_unique<GrokProvider>());
     return readers;
 }
 

@@ -1,6 +1,8 @@
 #include "QuorvaneHost/SummaryText.h"
 
 #include <algorithm>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include <fmt/format.h>
@@ -102,20 +104,32 @@ std::string windowLine(const RateLimitWindow& window, Date now) {
     return fmt::format("{} {} used{}", windowName(window.windowMinutes), wholePercent(window.usedPercent), reset);
 }
 
+/// What one agent told of its limits; empty if it told nothing.
+std::string limitsLine(const LimitsReport::Row& row, Date now, const Ink& ink) {
+    std::string line;
+    const auto add = [&](const std::string& piece) { line += (line.empty() ? "" : " · ") + piece; };
+    if (row.limits && row.limits->primary) add(windowLine(*row.limits->primary, now));
+    if (row.limits && row.limits->secondary) add(windowLine(*row.limits->secondary, now));
+    if (std::holds_alternative<ProviderHeadroom::LikelyExhausted>(row.headroom.verdict)) {
+        add(ink.warning("likely exhausted"));
+    } else if (!row.limits && row.isAwaitingReset) {
+        add("just reset, nothing heard since");
+    }
+    return line;
+}
+
 std::string limits(const SummaryReport& report, const Ink& ink) {
-    std::string text;
+    std::vector<std::pair<std::string, std::string>> lines;
+    std::size_t nameWidth = 0;
     for (const LimitsReport::Row& row : report.limits.rows) {
-        std::string line;
-        const auto add = [&](const std::string& piece) { line += (line.empty() ? "" : " · ") + piece; };
-        if (row.limits && row.limits->primary) add(windowLine(*row.limits->primary, report.now));
-        if (row.limits && row.limits->secondary) add(windowLine(*row.limits->secondary, report.now));
-        if (std::holds_alternative<ProviderHeadroom::LikelyExhausted>(row.headroom.verdict)) {
-            add(ink.warning("likely exhausted"));
-        } else if (!row.limits && row.isAwaitingReset) {
-            add("just reset, nothing heard since");
-        }
+        const std::string line = limitsLine(row, report.now, ink);
         if (line.empty()) continue;
-        text += std::string(margin, ' ') + ProviderCatalog::descriptor(row.id)->shortName + "  " + line + "\n";
+        lines.emplace_back(ProviderCatalog::descriptor(row.id)->shortName, line);
+        nameWidth = std::max(nameWidth, cellWidth(lines.back().first));
+    }
+    std::string text;
+    for (const auto& [name, line] : lines) {
+        text += std::string(margin, ' ') + name + std::string(nameWidth - cellWidth(name) + 2, ' ') + line + "\n";
     }
     return text.empty() ? text : "\n" + text;
 }

@@ -56,4 +56,16 @@ void DirectoryWalk::visit(const std::string& root, std::string_view extension, F
     }
 }
 
+std::vector<std::string> DirectoryWalk::children(const std::string& folder, std::string_view extension) {
+    std::vector<std::string> found;
+    const std::unique_ptr<DIR, CloseDirectory> directory{::opendir(folder.c_str())};
+    if (!directory) return found;
+    while (const dirent* entry = ::readdir(directory.get())) {
+        const std::string_view name{entry->d_name};
+        if (name == "." || name == "..") continue;
+        if (FilePath::extension(name) == extension) found.push_back(FilePath::joining(folder, name));
+    }
+    return found;
+}
+
 }  // namespace quorvane

@@ -7,7 +7,7 @@
 
 namespace quorvane {
 
-/// Recursive listing of a folder.
+/// Listing of a folder, mostly with all folders below it.
 class DirectoryWalk {
 public:
     DirectoryWalk() = delete;
@@ -21,6 +21,10 @@ public:
 
     /// Offers the same paths one by one, in the same order, and ends the walk as soon as `goOn` gives false.
     static void visit(const std::string& root, std::string_view extension, FunctionView<bool(std::string)> goOn);
+
+    /// The paths of what lies in `folder` itself and has that extension, names that begin with a dot included. In the
+    /// order of the file system; empty for a folder that cannot be read.
+    [[nodiscard]] static std::vector<std::string> children(const std::string& folder, std::string_view extension);
 };
 
 }  // namespace quorvane

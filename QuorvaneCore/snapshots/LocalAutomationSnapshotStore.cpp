@@ -4,9 +4,9 @@
 
 #include "QuorvaneCore/platform/AtomicFile.h"
 #include "QuorvaneCore/platform/FilePath.h"
+#include "QuorvaneCore/platform/FolderCreation.h"
 #include "QuorvaneCore/platform/UserFolders.h"
 #include "QuorvaneCore/snapshots/LocalAutomationSnapshotEncoder.h"
-#include "QuorvaneCore/snapshots/detail/SnapshotFolder.h"
 
 namespace quorvane {
 
@@ -21,7 +21,7 @@ std::string LocalAutomationSnapshotStore::snapshotURL() const {
 }
 
 void LocalAutomationSnapshotStore::write(const LocalAutomationSnapshot& snapshot) const {
-    detail::createSnapshotFolder(rootURL_);
+    createFolders(rootURL_);
     replaceFile(snapshotURL(), LocalAutomationSnapshotEncoder::encode(snapshot));
 }
 

@@ -6,9 +6,9 @@
 #include "QuorvaneCore/platform/AtomicFile.h"
 #include "QuorvaneCore/platform/FileContents.h"
 #include "QuorvaneCore/platform/FilePath.h"
+#include "QuorvaneCore/platform/FolderCreation.h"
 #include "QuorvaneCore/platform/UserFolders.h"
 #include "QuorvaneCore/snapshots/WidgetSnapshotStoreError.h"
-#include "QuorvaneCore/snapshots/detail/SnapshotFolder.h"
 #include "QuorvaneCore/snapshots/detail/WidgetSnapshotJSON.h"
 
 namespace quorvane {
@@ -34,7 +34,7 @@ std::string WidgetSnapshotStore::snapshotURL() const {
 }
 
 void WidgetSnapshotStore::write(const WidgetSnapshot& snapshot) const {
-    detail::createSnapshotFolder(rootURL_);
+    createFolders(rootURL_);
     replaceFile(snapshotURL(), detail::encodeWidgetSnapshot(snapshot));
 }
 

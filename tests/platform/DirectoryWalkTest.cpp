@@ -109,6 +109,22 @@ TEST_F(DirectoryWalks, rootWithASlashAtItsEndGivesPathsWithoutDoubledSlashes) {
     EXPECT_THAT(DirectoryWalk::entries(home_.path("logs") + "/", "jsonl"), ElementsAre(home_.path("logs/a.jsonl")));
 }
 
+TEST_F(DirectoryWalks, visitOffersTheSameUntilItIsToldToStop) {
+    for (const char* file : {"a.jsonl", "one/b.jsonl", "one/two/c.jsonl", "three/d.jsonl", "three/e.txt"})
+        put(file);
+    const std::vector<std::string> all = DirectoryWalk::entries(home_.path("logs"), "jsonl");
+    ASSERT_EQ(all.size(), 4);
+    for (std::size_t wanted = 1; wanted <= all.size() + 1; ++wanted) {
+        std::vector<std::string> visited;
+        DirectoryWalk::visit(home_.path("logs"), "jsonl", [&](const std::string& path) {
+            visited.push_back(path);
+            return visited.size() < wanted;
+        });
+        EXPECT_EQ(visited, (std::vector<std::string>{
+                               all.begin(), all.begin() + static_cast<std::ptrdiff_t>(std::min(wanted, all.size()))}));
+    }
+}
+
 TEST_F(DirectoryWalks, missingRootGivesNothing) {
     EXPECT_THAT(DirectoryWalk::entries(home_.path("nowhere"), "jsonl"), IsEmpty());
     EXPECT_THAT(DirectoryWalk::entries("", "jsonl"), IsEmpty());

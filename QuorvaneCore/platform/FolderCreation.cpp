@@ -1,13 +1,13 @@
-#include "QuorvaneCore/snapshots/detail/SnapshotFolder.h"
+#include "QuorvaneCore/platform/FolderCreation.h"
 
 #include <filesystem>
 #include <system_error>
 
 #include "QuorvaneCore/platform/UserFolders.h"
 
-namespace quorvane::detail {
+namespace quorvane {
 
-void createSnapshotFolder(const std::string& folder) {
+void createFolders(const std::string& folder) {
     const std::string support = UserFolders::quorvaneSupport();
     const bool isOurs = folder == support || folder.starts_with(support + "/");
     if (isOurs) static_cast<void>(UserFolders::createQuorvaneSupport());
@@ -16,4 +16,4 @@ void createSnapshotFolder(const std::string& folder) {
     if (failure) throw std::system_error{failure, folder};
 }
 
-}  // namespace quorvane::detail
+}  // namespace quorvane
