@@ -54,8 +54,8 @@ std::string worded(const SignatureInsight& insight, const std::string& name) {
         }
     }
     const auto& share = std::get<SignatureInsight::CostConcentration>(insight.remark);
-    return fmt::format("{} made {} of the week's cost in {} of its calls", printable(share.model),
-                       wholePercent(share.billShare * 100), wholePercent(share.turnShare * 100));
+    return fmt::format("{} made {} of {}'s cost of the week in {} of its calls", printable(share.model),
+                       wholePercent(share.billShare * 100), name, wholePercent(share.turnShare * 100));
 }
 
 }  // namespace

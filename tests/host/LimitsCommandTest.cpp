@@ -222,7 +222,7 @@ TEST_P(SummaryWithLimitsRemark, isOneAlone) {
 
     const std::string text = runNow({"summary"}).output;
     EXPECT_THAT(text, HasSubstr("\n  " + GetParam().remark + "\n"));
-    for (const char* other : {" of the week's cost in ", " of the limit used in ", "it is likely exhausted"}) {
+    for (const char* other : {" cost of the week in ", " of the limit used in ", "it is likely exhausted"}) {
         if (!GetParam().remark.ends_with(other) && GetParam().remark.find(other) == std::string::npos) {
             EXPECT_THAT(text, Not(HasSubstr(other)));
         }
@@ -231,16 +231,17 @@ TEST_P(SummaryWithLimitsRemark, isOneAlone) {
 
 INSTANTIATE_TEST_SUITE_P(
     ByMatter, SummaryWithLimitsRemark,
-    ::testing::Values(
-        RemarkCase{"aModelsShare", 0, "", "claude-opus-4-8 made 100% of the week's cost in 25% of its calls"},
-        RemarkCase{"aPaceThatWillNotLast", minute, limitWindow("75", 150 * minute),
-                   "Claude Code: 75% of the limit used in 50% of its time, faster than it lasts"},
-        RemarkCase{"aPaceThatFits", minute, limitWindow("50", 150 * minute),
-                   "Claude Code: 50% of the limit used in 50% of its time, on pace"},
-        RemarkCase{"aPaceThatLeavesMuch", minute, limitWindow("10", 150 * minute),
-                   "Claude Code: 10% of the limit used in 50% of its time, well under pace"},
-        RemarkCase{"aLimitThatIsLikelyHit", 11 * minute, limitWindow("90", 150 * minute),
-                   "Claude Code: nothing heard since 90% of the limit were used; it is likely exhausted"}),
+    ::testing::Values(RemarkCase{"aModelsShare", 0, "",
+                                 "claude-opus-4-8 made 100% of Claude Code's cost of the week in 25% of its calls"},
+                      RemarkCase{"aPaceThatWillNotLast", minute, limitWindow("75", 150 * minute),
+                                 "Claude Code: 75% of the limit used in 50% of its time, faster than it lasts"},
+                      RemarkCase{"aPaceThatFits", minute, limitWindow("50", 150 * minute),
+                                 "Claude Code: 50% of the limit used in 50% of its time, on pace"},
+                      RemarkCase{"aPaceThatLeavesMuch", minute, limitWindow("10", 150 * minute),
+                                 "Claude Code: 10% of the limit used in 50% of its time, well under pace"},
+                      RemarkCase{
+                          "aLimitThatIsLikelyHit", 11 * minute, limitWindow("90", 150 * minute),
+                          "Claude Code: nothing heard since 90% of the limit were used; it is likely exhausted"}),
     [](const auto& row) { return std::string{row.param.name}; });
 
 TEST(SummaryWithLimits, saysNothingWhereThereIsNothingToRemark) {
