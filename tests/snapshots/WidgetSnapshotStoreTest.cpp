@@ -11,8 +11,8 @@
 #include "QuorvaneCore/platform/JSONParser.h"
 #include "QuorvaneCore/platform/JSONWriter.h"
 #include "QuorvaneCore/snapshots/SnapshotCodingError.h"
-#include "QuorvaneCore/snapshots/WidgetSnapshotStoreError.h"
 #include "QuorvaneCore/snapshots/WidgetSnapshotStore.h"
+#include "QuorvaneCore/snapshots/WidgetSnapshotStoreError.h"
 #include "tests/snapshots/SampleWidgetSnapshot.h"
 #include "tests/support/ScratchHome.h"
 
