@@ -4,10 +4,10 @@
 #include <cstdint>
 
 #include "QuorvaneCore/model/JSONNumber.h"
-#include "QuorvaneCore/platform/FileContents.h"
 #include "QuorvaneCore/platform/FilePath.h"
 #include "QuorvaneCore/platform/JSONParser.h"
 #include "QuorvaneCore/platform/UserFolders.h"
+#include "QuorvaneCore/ratelimits/detail/CaptureFile.h"
 
 namespace quorvane {
 namespace {
@@ -15,19 +15,9 @@ namespace {
 constexpr std::int64_t fiveHourMinutes = 300;
 constexpr std::int64_t weekMinutes = 10080;
 
-std::optional<std::string> pathOf(const std::optional<std::string>& url) {
-    return url ? url : ClaudeRateLimitStore::defaultURL();
-}
-
-/// The file's snapshot with nothing of it expired.
-std::optional<RateLimitSnapshot> loadRaw(Date now, const std::optional<std::string>& url) {
-    const std::optional<std::string> path = pathOf(url);
-    const std::optional<std::string> bytes = path ? readFile(*path) : std::nullopt;
-    return bytes ? ClaudeRateLimitStore::decodeRaw(*bytes, now) : std::nullopt;
-}
-
-std::optional<RateLimitSnapshot> currentOf(const std::optional<RateLimitSnapshot>& snapshot, Date now) {
-    return snapshot ? snapshot->current(now) : std::nullopt;
+/// Absent means the default place.
+detail::CaptureFile fileAt(const std::optional<std::string>& url) {
+    return {url ? url : ClaudeRateLimitStore::defaultURL(), &ClaudeRateLimitStore::decodeRaw};
 }
 
 }  // namespace
@@ -37,11 +27,11 @@ std::optional<std::string> ClaudeRateLimitStore::defaultURL() {
 }
 
 std::optional<RateLimitSnapshot> ClaudeRateLimitStore::load(Date now, const std::optional<std::string>& url) {
-    return currentOf(loadRaw(now, url), now);
+    return fileAt(url).load(now);
 }
 
 std::optional<RateLimitSnapshot> ClaudeRateLimitStore::decode(std::string_view bytes, Date now) {
-    return currentOf(decodeRaw(bytes, now), now);
+    return detail::CaptureFile::current(decodeRaw(bytes, now), now);
 }
 
 std::optional<RateLimitSnapshot> ClaudeRateLimitStore::decodeRaw(std::string_view bytes, Date now) {
@@ -71,8 +61,7 @@ std::vector<ModelScopedRateLimitWindow> ClaudeRateLimitStore::modelScopedWindows
 }
 
 bool ClaudeRateLimitStore::awaitingResetHint(Date now, const std::optional<std::string>& url) {
-    const std::optional<RateLimitSnapshot> snapshot = loadRaw(now, url);
-    return snapshot && snapshot->awaitingFreshDataAfterReset(now, RateLimitSnapshot::resetHintGrace);
+    return fileAt(url).awaitingResetHint(now);
 }
 
 bool ClaudeRateLimitStore::isActive(Date now, const std::optional<std::string>& url) {
@@ -80,8 +69,7 @@ bool ClaudeRateLimitStore::isActive(Date now, const std::optional<std::string>& 
 }
 
 bool ClaudeRateLimitStore::clear(const std::optional<std::string>& url) {
-    const std::optional<std::string> path = pathOf(url);
-    return path && removeFile(*path);
+    return fileAt(url).clear();
 }
 
 }  // namespace quorvane

@@ -3,10 +3,10 @@
 #include <cstdint>
 
 #include "QuorvaneCore/model/JSONNumber.h"
-#include "QuorvaneCore/platform/FileContents.h"
 #include "QuorvaneCore/platform/FilePath.h"
 #include "QuorvaneCore/platform/JSONParser.h"
 #include "QuorvaneCore/platform/UserFolders.h"
+#include "QuorvaneCore/ratelimits/detail/CaptureFile.h"
 
 namespace quorvane {
 namespace {
@@ -14,19 +14,9 @@ namespace {
 constexpr std::int64_t weekMinutes = 10080;
 constexpr std::string_view planWithoutAName = "SuperGrok";
 
-std::optional<std::string> pathOf(const std::optional<std::string>& url) {
-    return url ? url : GrokRateLimitStore::defaultURL();
-}
-
-/// The file's snapshot, expired or not.
-std::optional<RateLimitSnapshot> loadRaw(Date now, const std::optional<std::string>& url) {
-    const std::optional<std::string> path = pathOf(url);
-    const std::optional<std::string> bytes = path ? readFile(*path) : std::nullopt;
-    return bytes ? GrokRateLimitStore::decodeRaw(*bytes, now) : std::nullopt;
-}
-
-std::optional<RateLimitSnapshot> currentOf(const std::optional<RateLimitSnapshot>& snapshot, Date now) {
-    return snapshot ? snapshot->current(now) : std::nullopt;
+/// Absent means the default place.
+detail::CaptureFile fileAt(const std::optional<std::string>& url) {
+    return {url ? url : GrokRateLimitStore::defaultURL(), &GrokRateLimitStore::decodeRaw};
 }
 
 }  // namespace
@@ -36,11 +26,11 @@ std::optional<std::string> GrokRateLimitStore::defaultURL() {
 }
 
 std::optional<RateLimitSnapshot> GrokRateLimitStore::load(Date now, const std::optional<std::string>& url) {
-    return currentOf(loadRaw(now, url), now);
+    return fileAt(url).load(now);
 }
 
 std::optional<RateLimitSnapshot> GrokRateLimitStore::decode(std::string_view bytes, Date now) {
-    return currentOf(decodeRaw(bytes, now), now);
+    return detail::CaptureFile::current(decodeRaw(bytes, now), now);
 }
 
 std::optional<RateLimitSnapshot> GrokRateLimitStore::decodeRaw(std::string_view bytes, Date now) {
@@ -59,8 +49,7 @@ std::optional<RateLimitSnapshot> GrokRateLimitStore::decodeRaw(std::string_view 
 }
 
 bool GrokRateLimitStore::awaitingResetHint(Date now, const std::optional<std::string>& url) {
-    const std::optional<RateLimitSnapshot> snapshot = loadRaw(now, url);
-    return snapshot && snapshot->awaitingFreshDataAfterReset(now, RateLimitSnapshot::resetHintGrace);
+    return fileAt(url).awaitingResetHint(now);
 }
 
 bool GrokRateLimitStore::isActive(Date now, const std::optional<std::string>& url) {
@@ -68,8 +57,7 @@ bool GrokRateLimitStore::isActive(Date now, const std::optional<std::string>& ur
 }
 
 bool GrokRateLimitStore::clear(const std::optional<std::string>& url) {
-    const std::optional<std::string> path = pathOf(url);
-    return path && removeFile(*path);
+    return fileAt(url).clear();
 }
 
 }  // namespace quorvane
