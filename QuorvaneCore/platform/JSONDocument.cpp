@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstddef>
+#include <utility>
 
 #include "QuorvaneCore/platform/JSONParser.h"
 #include "QuorvaneCore/platform/JSONWriter.h"
@@ -22,6 +23,7 @@ std::string unescaped(std::string_view text) {
 
 }  // namespace
 
+JSONDocument::JSONDocument(std::string text) : content_{std::move(text)} {}
 JSONDocument::JSONDocument(Array elements) : content_{std::move(elements)} {}
 JSONDocument::JSONDocument(Object members) : content_{std::move(members)} {}
 

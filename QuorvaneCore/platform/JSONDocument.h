@@ -3,7 +3,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -59,7 +58,7 @@ private:
     class Reader;
     class Writer;
 
-    explicit JSONDocument(std::string text) : content_{std::move(text)} {}
+    explicit JSONDocument(std::string text);
     explicit JSONDocument(Array elements);
     explicit JSONDocument(Object members);
 

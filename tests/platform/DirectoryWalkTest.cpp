@@ -172,5 +172,15 @@ TEST_F(DirectoryWalks, namesAreBytesAndNeedNotBeUTF8) {
     EXPECT_THAT(entries(), UnorderedElementsAre("\xff\xfe.jsonl", "a b\n.jsonl"));
 }
 
+TEST_F(DirectoryWalks, childrenAreThoseOfTheFolderItselfHiddenOnesIncluded) {
+    for (const char* name : {"a.jsonl", ".b.jsonl", "c.json", ".jsonl", "folder/d.jsonl", "e.jsonl/f.jsonl"})
+        put(name);
+    EXPECT_THAT(
+        DirectoryWalk::children(home_.path("logs"), "jsonl"),
+        UnorderedElementsAre(home_.path("logs/a.jsonl"), home_.path("logs/.b.jsonl"), home_.path("logs/e.jsonl")));
+    EXPECT_THAT(DirectoryWalk::children(home_.path("missing"), "jsonl"), IsEmpty());
+    EXPECT_THAT(DirectoryWalk::children(home_.path("logs/folder"), ""), IsEmpty());
+}
+
 }  // namespace
 }  // namespace quorvane
