@@ -1,97 +1,15 @@
 #include "QuorvaneHost/Captures.h"
 
-#include <optional>
-
-#include "QuorvaneCore/platform/FileContents.h"
-#include "QuorvaneCore/platform/FilePath.h"
-#include "QuorvaneCore/platform/UserFolders.h"
-#include "QuorvaneCore/ratelimits/GrokRateLimitCapture.h"
-#include "QuorvaneCore/ratelimits/StatuslineCapture.h"
-#include "QuorvaneHost/Failure.h"
+#include "QuorvaneHost/captures/AgentCaptures.h"
 
 namespace quorvane::host {
-namespace {
-
-class ClaudeCapture final : public Capture {
-public:
-    [[nodiscard]] std::string agent() const override { return "claude"; }
-
-    [[nodiscard]] std::string state() const override {
-        const StatuslineCapture::State state = StatuslineCapture::state();
-        if (std::holds_alternative<StatuslineCapture::Active>(state)) return "active";
-        return std::holds_alternative<StatuslineCapture::Installable>(state) ? "installable" : "unavailable";
-    }
-
-    [[nodiscard]] std::string path() const override {
-        const std::optional<std::string> settings = readFile(settingsPath());
-        return settings ? StatuslineCapture::statuslineScriptPath(*settings).value_or("") : "";
-    }
-
-    [[nodiscard]] std::string hint() const override {
-        if (state() != "unavailable") return {};
-        const std::string script = path();
-        if (script.empty()) return "no status-line script is set in " + settingsPath();
-        if (!readFile(script)) return script + " cannot be read";
-        return "the script has no line that reads standard input into a variable: input=$(cat)";
-    }
-
-    void install() const override {
-        try {
-            StatuslineCapture::install();
-        } catch (const StatuslineCapture::CaptureError& error) {
-            if (error.kind() == StatuslineCapture::CaptureError::Kind::NoStatusline) {
-                throw Failure{"claude: no status-line script is set in " + settingsPath()};
-            }
-            throw Failure{"claude: " + path() + " has no line that reads standard input into a variable: input=$(cat)"};
-        }
-    }
-
-    void uninstall() const override { StatuslineCapture::uninstall(); }
-
-private:
-    static std::string settingsPath() { return FilePath::joining(UserFolders::home(), ".claude/settings.json"); }
-};
-
-class GrokCapture final : public Capture {
-public:
-    [[nodiscard]] std::string agent() const override { return "grok"; }
-
-    [[nodiscard]] std::string state() const override {
-        switch (GrokRateLimitCapture::state()) {
-            case GrokRateLimitCapture::State::Active: return "active";
-            case GrokRateLimitCapture::State::Installable: return "installable";
-            case GrokRateLimitCapture::State::Unavailable: return "unavailable";
-        }
-        return {};
-    }
-
-    [[nodiscard]] std::string path() const override { return GrokRateLimitCapture::hookURL(); }
-
-    [[nodiscard]] std::string hint() const override {
-        return state() == "unavailable" ? "no trace of the agent in " + GrokRateLimitCapture::grokHome() : "";
-    }
-
-    void install() const override {
-        try {
-            GrokRateLimitCapture::install();
-        } catch (const GrokRateLimitCapture::CaptureError& error) {
-            switch (error.kind()) {
-                case GrokRateLimitCapture::CaptureError::Kind::GrokNotDetected: throw Failure{"grok: " + hint()};
-                case GrokRateLimitCapture::CaptureError::Kind::NoAppSupport:
-                    throw Failure{"grok: there is no place for the hook's script"};
-            }
-        }
-    }
-
-    void uninstall() const override { GrokRateLimitCapture::uninstall(); }
-};
-
-}  // namespace
 
 std::vector<std::unique_ptr<Capture>> allCaptures() {
     std::vector<std::unique_ptr<Capture>> captures;
-    captures.push_back(std::make_unique<ClaudeCapture>());
-    captures.push_back(std::make_unique<GrokCapture>());
+    captures.push_back(makeClaudeCapture());
+    captures.push_back(makeGrokCapture());
+    captures.push_back(makeCopilotCapture());
+    captures.push_back(makeCursorCapture());
     return captures;
 }
 

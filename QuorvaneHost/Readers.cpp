@@ -4,8 +4,12 @@
 
 #include "QuorvaneCore/providers/ClaudeProvider.h"
 #include "QuorvaneCore/providers/CodexProvider.h"
+#include "QuorvaneCore/providers/CopilotProvider.h"
+#include "QuorvaneCore/providers/CursorProvider.h"
 #include "QuorvaneCore/providers/GeminiProvider.h"
 #include "QuorvaneCore/providers/GrokProvider.h"
+#include "QuorvaneCore/providers/MuseSparkProvider.h"
+#include "QuorvaneCore/providers/OpenCodeProvider.h"
 
 namespace quorvane::host {
 
@@ -14,7 +18,11 @@ std::vector<Reader> allReaders() {
     readers.push_back(std::make_unique<ClaudeProvider>());
     readers.push_back(std::make_unique<CodexProvider>());
     readers.push_back(std::make_unique<GeminiProvider>());
+    readers.push_back(std::make_unique<CopilotProvider>());
+    readers.push_back(std::make_unique<CursorProvider>());
     readers.push_back(std::make_unique<GrokProvider>());
+    readers.push_back(std::make_unique<OpenCodeProvider>());
+    readers.push_back(std::make_unique<MuseSparkProvider>());
     return readers;
 }
 

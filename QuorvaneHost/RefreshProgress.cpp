@@ -31,6 +31,7 @@ public:
         progress_.filesKnown_ += static_cast<std::int64_t>(files.size());
         return files;
     }
+    [[nodiscard]] std::string storeKey(const std::string& file) const override { return reader_.storeKey(file); }
     [[nodiscard]] bool canTailAppend() const override { return reader_.canTailAppend(); }
     [[nodiscard]] std::int64_t parserRevision() const override { return reader_.parserRevision(); }
     [[nodiscard]] ResetPolicy resetPolicy() const override { return reader_.resetPolicy(); }

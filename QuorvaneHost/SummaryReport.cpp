@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "QuorvaneCore/model/ProviderBasis.h"
+#include "QuorvaneHost/AggregableSummaries.h"
 #include "QuorvaneHost/Remark.h"
 
 namespace quorvane::host {
@@ -22,34 +23,24 @@ std::vector<SummaryReport::ModelRow> modelRows(const UsageRollup& rollup) {
     return rows;
 }
 
-/// Splits the readers by whether their dollars may be added up.
-std::vector<ProviderID> idsOf(const std::vector<Reader>& readers, bool aggregable) {
-    std::vector<ProviderID> ids;
-    for (const Reader& reader : readers) {
-        if (isAggregable(providerBasisOf(reader->id())) == aggregable) ids.push_back(reader->id());
-    }
-    return ids;
-}
-
 }  // namespace
 
 SummaryReport SummaryReport::collect(const UsageIndex& index, const std::vector<Reader>& readers, std::int64_t days,
                                      const CostCalculator& calculator, Date now, const Calendar& calendar) {
-    UsageWindowSummaries summed = index.windowSummaries(idsOf(readers, true), days, calculator, now, calendar);
-    UsageWindowSummaries apart = index.windowSummaries(idsOf(readers, false), days, calculator, now, calendar);
-
+    std::vector<ProviderID> ids;
+    for (const Reader& reader : readers)
+        ids.push_back(reader->id());
+    UsageWindowSummaries summaries = aggregableSummaries(index, ids, days, calculator, now, calendar);
     SummaryReport report{.days = days,
                          .now = now,
                          .firstDay = (calendar.day(now) - (days - 1)).text(),
                          .lastDay = calendar.day(now).text(),
-                         .total = std::move(summed.aggregate)};
+                         .total = std::move(summaries.aggregate)};
     for (const Reader& reader : readers) {
-        const bool isInTotals = summed.providers.contains(reader->id());
-        UsageWindowSummaries& source = isInTotals ? summed : apart;
         ProviderRow row{.id = reader->id(),
                         .isAvailable = reader->isAvailable(),
-                        .isInTotals = isInTotals,
-                        .summary = std::move(source.providers.at(reader->id()))};
+                        .isInTotals = isAggregable(providerBasisOf(reader->id())),
+                        .summary = std::move(summaries.providers.at(reader->id()))};
         if (row.isAvailable || row.summary.rollup.last7d.eventCount > 0) report.providers.push_back(std::move(row));
     }
     report.models = modelRows(report.total.rollup);

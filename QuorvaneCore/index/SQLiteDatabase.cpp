@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <string_view>
 #include <thread>
 
 #include <sqlite3.h>
@@ -31,6 +32,24 @@ void useWriteAheadLog(SQLiteDatabase& database) {
         }
         std::this_thread::sleep_for(std::chrono::milliseconds{1});
     }
+}
+
+/// `path` in the form of SQLite's own file names with options.
+std::string fileURI(const std::string& path, std::string_view options) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string uri = "file:";
+    for (const char letter : path) {
+        // These three have a meaning of their own there, and a name that begins with two slashes has a host.
+        if (letter == '%' || letter == '?' || letter == '#' || (letter == '/' && uri == "file:/")) {
+            const auto byte = static_cast<unsigned char>(letter);
+            uri += '%';
+            uri += digits[byte >> 4];
+            uri += digits[byte & 15];
+        } else {
+            uri += letter;
+        }
+    }
+    return uri.append("?").append(options);
 }
 
 }  // namespace
@@ -64,6 +83,10 @@ std::shared_ptr<SQLiteDatabase> SQLiteDatabase::openReadOnly(const std::string& 
     std::shared_ptr<SQLiteDatabase> database = open(path, SQLITE_OPEN_READONLY);
     database->execute("PRAGMA busy_timeout=5000;");
     return database;
+}
+
+std::shared_ptr<SQLiteDatabase> SQLiteDatabase::openImmutable(const std::string& path) {
+    return open(fileURI(path, "immutable=1"), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
 }
 
 SQLiteDatabase::~SQLiteDatabase() {

@@ -22,6 +22,11 @@ public:
     /// Opens an existing file, often another program's, without ever writing to it. Throws `SQLiteError`.
     [[nodiscard]] static std::shared_ptr<SQLiteDatabase> openReadOnly(const std::string& path);
 
+    /// Opens an existing file without a lock, without a look at its write-ahead log, and without making any file beside
+    /// it, as even a reader otherwise does in that mode. It sees what is in the file alone; if another process writes
+    /// to the file meanwhile, what it sees is undefined, and only then. Throws `SQLiteError`.
+    [[nodiscard]] static std::shared_ptr<SQLiteDatabase> openImmutable(const std::string& path);
+
     SQLiteDatabase(const SQLiteDatabase&) = delete;
     SQLiteDatabase& operator=(const SQLiteDatabase&) = delete;
     ~SQLiteDatabase();

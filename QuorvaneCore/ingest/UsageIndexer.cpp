@@ -38,31 +38,44 @@ public:
         : index_{index}, provider_{provider}, id_{provider.id()}, revision_{provider.parserRevision()} {}
 
     UsageIndexer::Stats run() {
-        const std::vector<std::string> files = provider_.dataFiles();
+        std::vector<File> files;
+        for (std::string& path : provider_.dataFiles()) {
+            std::string key = provider_.storeKey(path);
+            files.push_back({.path = std::move(path), .key = std::move(key)});
+        }
         forgetMissing(files);
-        for (const std::string& file : files)
+        for (const File& file : files)
             visit(file);
         return stats_;
     }
 
 private:
-    void forgetMissing(const std::vector<std::string>& files) {
-        const std::unordered_set<std::string_view> present{files.begin(), files.end()};
-        for (const std::string& path : index_.cursorPaths(id_)) {
-            if (present.contains(path)) continue;
-            index_.deleteCursor(path);
-            VerifiedFileStateCache::shared().remove(path);
+    /// The disk is asked by the path, and so is the reader; the store and what this process remembers go by the key.
+    struct File {
+        std::string path;
+        std::string key;
+    };
+
+    void forgetMissing(const std::vector<File>& files) {
+        std::unordered_set<std::string_view> present;
+        present.reserve(files.size());
+        for (const File& file : files)
+            present.insert(file.key);
+        for (const std::string& key : index_.cursorPaths(id_)) {
+            if (present.contains(key)) continue;
+            index_.deleteCursor(key);
+            VerifiedFileStateCache::shared().remove(key);
         }
     }
 
-    void visit(const std::string& file) {
-        const std::optional<FileCursor::Status> status = FileCursor::state(file);
+    void visit(const File& file) {
+        const std::optional<FileCursor::Status> status = FileCursor::state(file.path);
         if (!status) return;
-        std::optional<FileState> stored = index_.cursor(file);
+        std::optional<FileState> stored = index_.cursor(file.key);
         if (isKnownUnchanged(file, *status, stored)) {
             count(stats_.filesSkipped);
-            VerifiedFileStateCache::shared().store(file, *status);
-            if (stored->provider != rawName(id_)) index_.setCursorProvider(file, id_);
+            VerifiedFileStateCache::shared().store(file.key, *status);
+            if (stored->provider != rawName(id_)) index_.setCursorProvider(file.key, id_);
             return;
         }
         inspect(file, *status, std::move(stored));
@@ -70,22 +83,22 @@ private:
 
     /// Whether the stored cursor, or what this process saw before, answers for the file without a look into it.
     /// A cursor of an old version has no change time and does not count once.
-    [[nodiscard]] bool isKnownUnchanged(const std::string& file, const FileCursor::Status& status,
+    [[nodiscard]] bool isKnownUnchanged(const File& file, const FileCursor::Status& status,
                                         const std::optional<FileState>& stored) const {
         if (!stored || stored->parserRevision != revision_) return false;
         const FileCursor::Status then{.size = stored->size, .mtime = stored->mtime, .ctime = stored->ctime};
         if (stored->ctime > 0 && then == status) return true;
-        return VerifiedFileStateCache::shared().holds(file, status);
+        return VerifiedFileStateCache::shared().holds(file.key, status);
     }
 
-    void inspect(const std::string& file, const FileCursor::Status& status, std::optional<FileState> stored) {
-        const std::string fingerprint = FileCursor::fingerprint(file, status.size);
+    void inspect(const File& file, const FileCursor::Status& status, std::optional<FileState> stored) {
+        const std::string fingerprint = FileCursor::fingerprint(file.path, status.size);
         count(stats_.fingerprintReads);
         if (stored && stored->parserRevision != revision_) stored.reset();
         const FileChange change =
             FileCursor::classify(status.size, status.mtime, fingerprint, stored, provider_.canTailAppend());
         // Before the read, by design: a file that fails to be stored is not read again and again by one process.
-        VerifiedFileStateCache::shared().store(file, status);
+        VerifiedFileStateCache::shared().store(file.key, status);
         if (std::holds_alternative<Unchanged>(change)) {
             count(stats_.filesSkipped);
             if (stored) refreshCursor(file, status, *stored);
@@ -99,9 +112,9 @@ private:
     }
 
     /// The content is as it was, only the change time moved: the next refresh takes the fast path again.
-    void refreshCursor(const std::string& file, const FileCursor::Status& status, const FileState& stored) {
+    void refreshCursor(const File& file, const FileCursor::Status& status, const FileState& stored) {
         try {
-            index_.setCursor(file, stored.size, stored.mtime, stored.offset, stored.fingerprint, status.ctime, id_,
+            index_.setCursor(file.key, stored.size, stored.mtime, stored.offset, stored.fingerprint, status.ctime, id_,
                              revision_);
         } catch (const SQLiteError&) {  // NOLINT(bugprone-empty-catch): the file is looked at again next time
         }
@@ -109,23 +122,24 @@ private:
 
     /// Decodes before it deletes, and in three steps rather than one transaction: if the process ends in between, the
     /// old cursor makes the next refresh do it all again, which the upsert makes harmless.
-    void read(const std::string& file, const FileCursor::Status& status, const std::string& fingerprint,
-              std::int64_t start, std::optional<ResetDeletion> deletion) {
-        const DecodedFile decoded = provider_.decodeFile(file, start);
+    void read(const File& file, const FileCursor::Status& status, const std::string& fingerprint, std::int64_t start,
+              std::optional<ResetDeletion> deletion) {
+        const DecodedFile decoded = provider_.decodeFile(file.path, start);
         if (deletion) deleteEvents(file, start, *deletion);
-        index_.ingest(decoded.events, file);
-        index_.setCursor(file, status.size, status.mtime, decoded.consumed, fingerprint, status.ctime, id_, revision_);
+        index_.ingest(decoded.events, file.key);
+        index_.setCursor(file.key, status.size, status.mtime, decoded.consumed, fingerprint, status.ctime, id_,
+                         revision_);
         count(stats_.filesRead);
         count(stats_.eventsIngested, static_cast<std::int64_t>(decoded.events.size()));
     }
 
-    void deleteEvents(const std::string& file, std::int64_t start, ResetDeletion deletion) {
+    void deleteEvents(const File& file, std::int64_t start, ResetDeletion deletion) {
         switch (deletion) {
             case ResetDeletion::None: return;
-            case ResetDeletion::WholeSourcePath: index_.deleteEvents(file, std::nullopt); return;
+            case ResetDeletion::WholeSourcePath: index_.deleteEvents(file.key, std::nullopt); return;
             case ResetDeletion::AtOrAfterWatermark:
                 if (const std::optional<Date> date = provider_.watermarkTimestamp(start)) {
-                    index_.deleteEvents(file, date);
+                    index_.deleteEvents(file.key, date);
                 }
                 return;
         }

@@ -22,6 +22,12 @@ public:
     /// The files to index, in the order in which they are visited.
     [[nodiscard]] virtual std::vector<std::string> dataFiles() const = 0;
 
+    /// The key under which `file`, one of `dataFiles()`, stands in the store: that of its cursor, and of its events
+    /// when they are deleted. The path itself, unless another reader follows the same file: each needs a cursor and
+    /// rows of its own, so a reader that shares a file gives a key that no other reader gives, and never another one
+    /// for it.
+    [[nodiscard]] virtual std::string storeKey(const std::string& file) const { return file; }
+
     /// Whether a grown file can be read on from the stored offset.
     [[nodiscard]] virtual bool canTailAppend() const = 0;
 

@@ -6,6 +6,7 @@
 #include "QuorvaneCore/platform/Clock.h"
 #include "QuorvaneCore/platform/JSONTree.h"
 #include "QuorvaneCore/platform/JSONWriter.h"
+#include "QuorvaneHost/AggregableSummaries.h"
 #include "QuorvaneHost/LabelText.h"
 #include "QuorvaneHost/Output.h"
 #include "QuorvaneHost/RefreshRun.h"
@@ -35,7 +36,8 @@ LabelText makeLabel(const Options& options) {
     for (const LimitsReport::Row& row : limits.rows)
         ids.push_back(row.id);
     const std::int64_t days = options.style == "waybar" ? tooltipDays : titleDays;
-    const UsageWindowSummaries summaries = index->windowSummaries(ids, days, currentPrices(), now, Calendar::current());
+    const UsageWindowSummaries summaries =
+        aggregableSummaries(*index, ids, days, currentPrices(), now, Calendar::current());
     return LabelText::make(summaries, limits, MenuBarDisplayFormat::normalized(options.format), Locale::current());
 }
 

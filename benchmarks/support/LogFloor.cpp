@@ -57,6 +57,15 @@ bool isCodexUsage(const simdjson::dom::element& document) {
     return type == "event_msg" && document["payload"]["type"].get(event) == simdjson::SUCCESS && event == "token_count";
 }
 
+bool doesMatter(LogFloor::Agent agent, const simdjson::dom::element& document) {
+    switch (agent) {
+        case LogFloor::Agent::Claude: return isClaudeCall(document);
+        case LogFloor::Agent::Codex: return isCodexUsage(document);
+        case LogFloor::Agent::Copilot: return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 struct LogFloor::Parser {
@@ -75,7 +84,7 @@ LogFloor::LogFloor(std::vector<std::string> files, Agent agent)
     for (const std::string& file : files_) {
         forEachLine(file, parser_->buffer, [&](std::string_view line) {
             const simdjson::dom::element document = parser_->parse(line);
-            const bool matters = agent == Agent::Claude ? isClaudeCall(document) : isCodexUsage(document);
+            const bool matters = doesMatter(agent, document);
             carriesUsage_.push_back(matters);
             usageLines_ += matters ? 1 : 0;
         });

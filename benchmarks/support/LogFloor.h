@@ -10,10 +10,10 @@ namespace quorvane::benchmarks {
 /// It knows beforehand which ones these are, takes nothing out of them, and stores nothing.
 class LogFloor {
 public:
-    enum class Agent : std::uint8_t { Claude, Codex };
+    enum class Agent : std::uint8_t { Claude, Codex, Copilot };
 
     /// Looks through `files` once, to learn which lines matter: those that carry usage, and with Codex also those that
-    /// name a folder or a model.
+    /// name a folder or a model. With Copilot it is all of them.
     explicit LogFloor(std::vector<std::string> files, Agent agent = Agent::Claude);
     LogFloor(const LogFloor&) = delete;
     LogFloor& operator=(const LogFloor&) = delete;

@@ -16,7 +16,7 @@ using ::testing::Ge;
 using ::testing::Le;
 using ::testing::SizeIs;
 
-const std::string sample = std::string{QUORVANE_TEST_DATA} + "/../../resources/sample-home";
+const std::string sample = std::string{QUORVANE_SOURCE} + "/resources/sample-home";
 
 Date endsAt() {
     double seconds = 0;

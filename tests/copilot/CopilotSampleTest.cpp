@@ -19,7 +19,7 @@ using ::testing::Ge;
 using ::testing::Le;
 using ::testing::SizeIs;
 
-const std::string sample = std::string{QUORVANE_TEST_DATA} + "/../../resources/sample-home";
+const std::string sample = std::string{QUORVANE_SOURCE} + "/resources/sample-home";
 constexpr double day = 86400;
 
 Date endsAt() {

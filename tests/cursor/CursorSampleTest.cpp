@@ -19,7 +19,7 @@ using ::testing::Ge;
 using ::testing::Gt;
 using ::testing::SizeIs;
 
-const std::string sample = std::string{QUORVANE_TEST_DATA} + "/../../resources/sample-home";
+const std::string sample = std::string{QUORVANE_SOURCE} + "/resources/sample-home";
 const std::string capture = sample + "/" + std::string{CursorScratchHome::captureFile};
 
 Date endsAt() {

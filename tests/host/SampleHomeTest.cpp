@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "QuorvaneCore/index/UsageIndex.h"
 #include "QuorvaneCore/index/UsageStore.h"
+#include "QuorvaneCore/ingest/UsageIndexer.h"
 #include "QuorvaneCore/model/JSONNumber.h"
 #include "QuorvaneCore/model/ProviderBasis.h"
 #include "QuorvaneCore/platform/Clock.h"
@@ -65,6 +67,35 @@ TEST(SampleHome, theSummaryAgreesWithTheEventsInMemory) {
     EXPECT_EQ(JSONNumber::asInt(window["events"]), rollup.last7d.eventCount);
     EXPECT_EQ(JSONNumber::asInt(window["cache_read_tokens"]), rollup.last7d.usage.cacheRead);
     EXPECT_NEAR(JSONNumber::asDouble(window["cost_usd"]).value(), rollup.last7d.cost, 1e-9 * rollup.last7d.cost);
+}
+
+/// Every reader keeps its contract: what it loads from scratch is what the index holds after a refresh, whichever other
+/// readers were refreshed before.
+TEST(SampleHome, everyReaderLoadsWhatTheIndexHolds) {
+    const ScratchHome home;
+    makeSample(home, moment);
+    const auto index = std::make_shared<UsageIndex>(home.path("usage.sqlite"));
+    const std::vector<host::Reader> readers = host::allReaders();
+    for (const host::Reader& reader : readers)
+        UsageIndexer{index}.refresh(*reader);
+    const CostCalculator calculator;
+    const Calendar calendar{"UTC"};
+    const Date now{static_cast<double>(moment)};
+    for (const host::Reader& reader : readers) {
+        SCOPED_TRACE(std::string{rawName(reader->id())});
+        const std::vector<UsageEvent> events = reader->loadEvents();
+        EXPECT_FALSE(events.empty());
+        EXPECT_EQ(index->eventCount(reader->id()), static_cast<std::int64_t>(events.size()));
+        const UsageRollup stored = index->rollup(reader->id(), 3000, calculator, now, calendar);
+        const UsageRollup loaded = UsageStore{calculator}.rollup(events, 3000, now, calendar);
+        EXPECT_EQ(stored.today.usage, loaded.today.usage);
+        EXPECT_EQ(stored.last7d.unpricedModels, loaded.last7d.unpricedModels);
+        ASSERT_EQ(stored.byModel7d.size(), loaded.byModel7d.size());
+        for (const auto& [model, bucket] : loaded.byModel7d) {
+            EXPECT_EQ(stored.byModel7d.at(model).usage, bucket.usage) << model;
+            EXPECT_EQ(stored.byModel7d.at(model).eventCount, bucket.eventCount) << model;
+        }
+    }
 }
 
 }  // namespace

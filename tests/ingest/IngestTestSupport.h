@@ -53,6 +53,7 @@ public:
     std::int64_t revision = 1;
     ResetPolicy policy = ResetPolicy::RereadWhole;
     std::optional<Date> watermark;
+    std::string keyPrefix;  ///< in front of a path it makes the file's key
     std::function<void()> beforeDecode = [] {};
 
     mutable std::vector<Decode> decodes;                ///< every call of `decodeFile`
@@ -63,6 +64,7 @@ public:
     [[nodiscard]] bool isAvailable() const override { return true; }
     [[nodiscard]] std::vector<UsageEvent> loadEvents() const override { return {}; }
     [[nodiscard]] std::vector<std::string> dataFiles() const override { return files; }
+    [[nodiscard]] std::string storeKey(const std::string& file) const override { return keyPrefix + file; }
     [[nodiscard]] bool canTailAppend() const override { return tailAppends; }
     [[nodiscard]] std::int64_t parserRevision() const override { return revision; }
     [[nodiscard]] ResetPolicy resetPolicy() const override { return policy; }
