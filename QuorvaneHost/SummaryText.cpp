@@ -45,7 +45,7 @@ std::string heading(const SummaryReport& report, const Ink& ink, std::size_t wid
     const std::string name = "Quorvane";
     const std::string span = report.days == 1 ? report.lastDay : report.firstDay + " to " + report.lastDay;
     const std::size_t used = margin + name.size() + span.size();
-    const std::size_t room = std::min<std::size_t>(width, 100);
+    const std::size_t room = std::min<std::size_t>(width, 80);  // as wide as the tables below usually are
     return std::string(margin, ' ') + ink.bold(name) +
            std::string(room > used + margin ? room - used - margin : 2, ' ') + ink.dim(span) + "\n";
 }
