@@ -8,8 +8,8 @@
 
 namespace quorvane::host {
 
-bool LimitsReport::Row::isStale(Date now) const {
-    return limits && limits->capturedAt && now - *limits->capturedAt > RateLimitSnapshot::resetHintGrace;
+bool LimitsReport::Row::isStale(Date moment) const {
+    return limits && limits->capturedAt && moment - *limits->capturedAt > RateLimitSnapshot::resetHintGrace;
 }
 
 LimitsReport LimitsReport::collect(const std::vector<Reader>& readers, Date now) {

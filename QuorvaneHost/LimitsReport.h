@@ -19,7 +19,7 @@ struct LimitsReport {
         bool isAwaitingReset = false;  ///< a limit has passed its reset and nothing was heard since
 
         /// Whether the limits are older than the grace within which silence after a reset is normal.
-        [[nodiscard]] bool isStale(Date now) const;
+        [[nodiscard]] bool isStale(Date moment) const;
     };
 
     Date now;
