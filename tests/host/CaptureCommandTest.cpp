@@ -198,34 +198,5 @@ TEST(CaptureCommand, whatTheScriptIsToldReachesTheLimits) {
     EXPECT_FALSE(claude["model_windows"].isEmpty());
 }
 
-struct CaptureUsageCase {
-    const char* name;
-    std::vector<std::string> arguments;
-    const char* says;
-};
-
-class CaptureCommandUsage : public ::testing::TestWithParam<CaptureUsageCase> {};
-
-TEST_P(CaptureCommandUsage, exitsWithTwoAndOneLine) {
-    const ScratchHome home;
-    writeScript(home, usualScript);
-    const ProgramRun run = runHost(GetParam().arguments);
-    EXPECT_EQ(run.status, 2);
-    EXPECT_THAT(run.output, IsEmpty());
-    EXPECT_THAT(run.error, AllOf(StartsWith("quorvane: "), HasSubstr(GetParam().says)));
-    EXPECT_EQ(lineCount(run.error), 1);
-    EXPECT_EQ(home.read(script), usualScript);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    ByArguments, CaptureCommandUsage,
-    ::testing::Values(CaptureUsageCase{"installNobody", {"capture", "install", "nobody"}, "nobody"},
-                      CaptureUsageCase{"uninstallNobody", {"capture", "uninstall", "nobody"}, "nobody"},
-                      CaptureUsageCase{"installWithoutAgent", {"capture", "install"}, "AGENT"},
-                      CaptureUsageCase{"anAgentWithoutACapture", {"capture", "install", "codex"}, "codex"},
-                      CaptureUsageCase{"statusOfOne", {"capture", "status", "claude"}, "claude"},
-                      CaptureUsageCase{"unknownDeed", {"capture", "remove"}, "remove"}),
-    [](const auto& row) { return std::string{row.param.name}; });
-
 }  // namespace
 }  // namespace quorvane::testing

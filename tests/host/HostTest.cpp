@@ -71,7 +71,19 @@ INSTANTIATE_TEST_SUITE_P(
                       UsageErrorCase{"unknownProvider", {"refresh", "--provider", "nobody"}, "nobody"},
                       UsageErrorCase{"knownProviderWithoutReader", {"refresh", "--provider", "amp"}, "amp"},
                       UsageErrorCase{"noTime", {"--now", "yesterday", "summary"}, "yesterday"},
-                      UsageErrorCase{"unknownOption", {"maintain", "--faster"}, "--faster"}),
+                      UsageErrorCase{"unknownOption", {"maintain", "--faster"}, "--faster"},
+                      UsageErrorCase{"captureInstallNobody", {"capture", "install", "nobody"}, "nobody"},
+                      UsageErrorCase{"captureUninstallNobody", {"capture", "uninstall", "nobody"}, "nobody"},
+                      UsageErrorCase{"captureInstallWithoutAgent", {"capture", "install"}, "AGENT"},
+                      UsageErrorCase{"captureAnAgentWithoutACapture", {"capture", "install", "codex"}, "codex"},
+                      UsageErrorCase{"captureStatusOfOne", {"capture", "status", "claude"}, "claude"},
+                      UsageErrorCase{"captureUnknownDeed", {"capture", "remove"}, "remove"},
+                      UsageErrorCase{"labelOtherStyle", {"label", "--style", "fancy"}, "fancy"},
+                      UsageErrorCase{"labelNoFormat", {"label", "--format"}, "--format"},
+                      UsageErrorCase{"labelAWord", {"label", "total"}, "total"},
+                      UsageErrorCase{"snapshotOtherFormat", {"snapshot", "--format", "yaml"}, "yaml"},
+                      UsageErrorCase{"snapshotNoDays", {"snapshot", "--days", "0"}, "--days"},
+                      UsageErrorCase{"snapshotAProvider", {"snapshot", "claude"}, "claude"}),
     [](const auto& row) { return std::string{row.param.name}; });
 
 TEST(Host, withoutAgentsSaysWhereItLookedAndOffersTheSample) {

@@ -284,29 +284,5 @@ TEST(LabelCommand, manyAtOnceSayTheSame) {
     }
 }
 
-struct LabelUsageCase {
-    const char* name;
-    std::vector<std::string> arguments;
-    const char* says;
-};
-
-class LabelCommandUsage : public ::testing::TestWithParam<LabelUsageCase> {};
-
-TEST_P(LabelCommandUsage, exitsWithTwoAndOneLine) {
-    const ScratchHome home;
-    const ProgramRun run = runHost(GetParam().arguments);
-    EXPECT_EQ(run.status, 2);
-    EXPECT_THAT(run.output, IsEmpty());
-    EXPECT_THAT(run.error, AllOf(StartsWith("quorvane: "), HasSubstr(GetParam().says)));
-    EXPECT_EQ(lineCount(run.error), 1);
-    EXPECT_FALSE(home.exists("Library"));
-}
-
-INSTANTIATE_TEST_SUITE_P(ByArguments, LabelCommandUsage,
-                         ::testing::Values(LabelUsageCase{"otherStyle", {"label", "--style", "fancy"}, "fancy"},
-                                           LabelUsageCase{"noFormat", {"label", "--format"}, "--format"},
-                                           LabelUsageCase{"aWord", {"label", "total"}, "total"}),
-                         [](const auto& row) { return std::string{row.param.name}; });
-
 }  // namespace
 }  // namespace quorvane::testing

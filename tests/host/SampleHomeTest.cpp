@@ -98,5 +98,16 @@ TEST(SampleHome, everyReaderLoadsWhatTheIndexHolds) {
     }
 }
 
+/// One total, wherever a person looks: both leave the estimates out.
+TEST(SampleHome, theLabelSaysTheSummarysTotal) {
+    const ScratchHome home;
+    makeSample(home, moment);
+    const std::string now = "2027-01-29T12:00:00Z";
+    const std::string label = runHost({"--now", now, "label"}).output;
+    ASSERT_THAT(label, ::testing::StartsWith("$"));
+    EXPECT_THAT(runHost({"--now", now}).output,
+                ::testing::HasSubstr("  Today     " + label.substr(0, label.size() - 1) + " "));
+}
+
 }  // namespace
 }  // namespace quorvane::testing

@@ -416,29 +416,5 @@ TEST(SnapshotCommand, aBrokenIndexIsAFailureAndLeavesTheFiles) {
     EXPECT_EQ(home.read(automationFile), before);
 }
 
-struct SnapshotUsageCase {
-    const char* name;
-    std::vector<std::string> arguments;
-    const char* says;
-};
-
-class SnapshotCommandUsage : public ::testing::TestWithParam<SnapshotUsageCase> {};
-
-TEST_P(SnapshotCommandUsage, exitsWithTwoAndOneLine) {
-    const ScratchHome home;
-    const ProgramRun run = runHost(GetParam().arguments);
-    EXPECT_EQ(run.status, 2);
-    EXPECT_THAT(run.output, IsEmpty());
-    EXPECT_THAT(run.error, AllOf(StartsWith("quorvane: "), HasSubstr(GetParam().says)));
-    EXPECT_EQ(lineCount(run.error), 1);
-    EXPECT_FALSE(home.exists("Library"));
-}
-
-INSTANTIATE_TEST_SUITE_P(ByArguments, SnapshotCommandUsage,
-                         ::testing::Values(SnapshotUsageCase{"otherFormat", {"snapshot", "--format", "yaml"}, "yaml"},
-                                           SnapshotUsageCase{"noDays", {"snapshot", "--days", "0"}, "--days"},
-                                           SnapshotUsageCase{"aProvider", {"snapshot", "claude"}, "claude"}),
-                         [](const auto& row) { return std::string{row.param.name}; });
-
 }  // namespace
 }  // namespace quorvane::testing
