@@ -85,6 +85,8 @@ private:
     bool skipContainer() noexcept {
         constexpr std::size_t budget = 64;
         const std::size_t limit = at_ + budget;
+        const std::string_view shortest = text_.substr(at_, budget);
+        if (shortest.find(current() == '{' ? '}' : ']') == std::string_view::npos) return false;  // the common case
         std::size_t depth = 0;
         while (!atEnd() && at_ < limit) {
             const char character = current();

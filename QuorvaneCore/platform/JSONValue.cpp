@@ -30,9 +30,10 @@ std::optional<Wanted> taken(simdjson::simdjson_result<Wanted> result) noexcept {
     return std::move(result).get(value) == simdjson::SUCCESS ? std::optional<Wanted>{value} : std::nullopt;
 }
 
-/// A bit for the length of a key; long keys share theirs.
-std::uint64_t lengthBit(std::string_view key) noexcept {
-    return std::uint64_t{1} << (key.size() % 64);
+/// A bit for a key's length and last character; few keys of an object share theirs.
+std::uint64_t keyBit(std::string_view key) noexcept {
+    const unsigned last = key.empty() ? 0 : static_cast<unsigned char>(key.back());
+    return std::uint64_t{1} << ((key.size() * 5 + last) % 64);
 }
 
 /// For keys, which are too short to be worth a call.
@@ -189,19 +190,24 @@ void JSONValue::findMembers(const std::string_view* keys, JSONValue* found, std:
     const Access::Element element = Access::unwrap(*this);
     if (!element.is_object()) return;
     const auto object = as<dom::object>(element);
-    // Most members are not asked for, and their keys' lengths tell.
-    std::uint64_t lengths = 0;
+    // Most members are not asked for, and a look at their keys tells.
+    std::uint64_t wanted = 0;
     for (std::size_t index = 0; index < count; ++index)
-        lengths |= lengthBit(keys[index]);
+        wanted |= keyBit(keys[index]);
     std::size_t missing = count;
+    std::size_t expected = 0;  // callers name the keys in the order of the text as far as they know it
     const auto end = object.end();
     for (auto member = object.begin(); missing > 0 && member != end; ++member) {
         const std::string_view key = member.key();
-        if ((lengths & lengthBit(key)) == 0) continue;
-        for (std::size_t index = 0; index < count; ++index) {
-            if (!isSameKey(keys[index], key) || found[index].isPresent()) continue;
+        if ((wanted & keyBit(key)) == 0) continue;
+        std::size_t index = expected;
+        for (std::size_t tried = 0; tried < count; ++tried, ++index) {
+            if (index == count) index = 0;
+            if (!isSameKey(keys[index], key)) continue;
+            if (found[index].isPresent()) break;
             Access::set(found[index], member.value());  // in place, field by field, which is faster than a copy
             --missing;
+            expected = index + 1;
             break;
         }
     }

@@ -1,5 +1,6 @@
 #include "QuorvaneCore/providers/ClaudeProvider.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "QuorvaneCore/model/Deduplicator.h"
@@ -31,8 +32,8 @@ std::optional<std::string_view> filledString(const JSONValue& value) noexcept {
 }
 
 TokenUsage decodeUsage(const JSONValue& usage) noexcept {
-    const auto [input, output, cacheRead, cacheCreation, cacheCreationTotal] = usage.members<5>(
-        {"input_tokens", "output_tokens", "cache_read_input_tokens", "cache_creation", "cache_creation_input_tokens"});
+    const auto [input, cacheCreationTotal, cacheRead, cacheCreation, output] = usage.members<5>(
+        {"input_tokens", "cache_creation_input_tokens", "cache_read_input_tokens", "cache_creation", "output_tokens"});
     TokenUsage tokens{.input = JSONNumber::asInt(input),
                       .output = JSONNumber::asInt(output),
                       .cacheRead = JSONNumber::asInt(cacheRead)};
@@ -51,8 +52,8 @@ TokenUsage decodeUsage(const JSONValue& usage) noexcept {
 /// Fills `event` from the document of a line that tells of a call. False for any other; `event` is as it was then.
 /// An event has four texts, and there are hundreds of thousands of them, so each is made in its place.
 bool decodeDocument(const JSONValue& line, UsageEvent& event) {
-    const auto [type, isError, requestId, timestamp, folder, message] =
-        line.members<6>({"type", "isApiErrorMessage", "requestId", "timestamp", "cwd", "message"});
+    const auto [folder, type, isError, message, requestId, timestamp] =
+        line.members<6>({"cwd", "type", "isApiErrorMessage", "message", "requestId", "timestamp"});
     if (type.string() != "assistant" || isError.boolean() == true) return false;
     const auto [messageId, model, usage] = message.members<3>({"id", "model", "usage"});
     if (!usage.isObject() || usage.isEmpty()) return false;
@@ -69,6 +70,13 @@ bool decodeDocument(const JSONValue& line, UsageEvent& event) {
     event.usage = decodeUsage(usage);
     if (const std::optional<std::string_view> path = folder.string()) event.project = FilePath::lastComponent(*path);
     return true;
+}
+
+/// Room for one more, growing in larger steps than a vector does: to move an event costs as much as to make one.
+void makeRoom(std::vector<UsageEvent>& events) {
+    constexpr std::size_t eventsOfASmallFile = 64;
+    constexpr std::size_t step = 4;
+    if (events.size() == events.capacity()) events.reserve(std::max(eventsOfASmallFile, step * events.capacity()));
 }
 
 }  // namespace
@@ -102,13 +110,12 @@ std::optional<UsageEvent> ClaudeProvider::decode(std::string_view line) {
 
 DecodedFile ClaudeProvider::decodeFile(const std::string& file, std::int64_t offset) const {
     DecodedFile decoded;
-    constexpr std::size_t eventsOfASmallFile = 64;
     // Kept for the next file: the memory of a new one for each of thousands of small files costs a few percent.
     thread_local JSONParser parser;
     decoded.consumed = reader_.read(file, offset, [&](std::string_view line) {
         if (!mayTellOfACall(line)) return;
         const JSONValue document = parser.parsePadded(line);
-        if (decoded.events.empty()) decoded.events.reserve(eventsOfASmallFile);
+        makeRoom(decoded.events);
         if (!decodeDocument(document, decoded.events.emplace_back())) decoded.events.pop_back();
     });
     return decoded;

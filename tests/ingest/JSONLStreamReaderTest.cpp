@@ -272,6 +272,19 @@ TEST_P(JSONLStreamReaderChunks, linesCanBeParsedWithoutACopy) {
     EXPECT_EQ(parsed, 9U);
 }
 
+TEST_P(JSONLStreamReaderChunks, readInsideALineLeavesThatLineAlone) {
+    const std::string inner = home.path("inner.jsonl");
+    const std::string innerLine(3000, 'x');
+    home.write(inner, innerLine + "\nyyy\n");
+    write("{\"a\":1}\n{\"b\":2}\n");
+    Lines lines;
+    JSONLStreamReader{.chunkSize = GetParam()}.read(log, [&](std::string_view line) {
+        EXPECT_THAT(readWhole(inner, GetParam()), ElementsAre(innerLine, "yyy"));
+        lines.emplace_back(line);
+    });
+    EXPECT_THAT(lines, ElementsAre("{\"a\":1}", "{\"b\":2}"));
+}
+
 TEST_P(JSONLStreamReaderChunks, everyFileIsClosedAgain) {
     write("{}\n{");
     const FailingPipe pipe{home, "a"};
@@ -352,6 +365,15 @@ struct RemainderCase {
     std::string remainder;
     bool isFinished;
 };
+
+TEST(JSONLStreamReader, fileBehindAVeryLongLineIsReadAsAnyOther) {
+    const ScratchHome home;
+    const std::string longLine(3 << 20, 'z');
+    home.write("long.jsonl", longLine + "\n");
+    home.write("short.jsonl", "a\nb\n");
+    EXPECT_THAT(readWhole(home.path("long.jsonl")), ElementsAre(longLine));
+    EXPECT_THAT(readWhole(home.path("short.jsonl")), ElementsAre("a", "b"));
+}
 
 class JSONLStreamReaderRemainder : public ::testing::TestWithParam<RemainderCase> {};
 
