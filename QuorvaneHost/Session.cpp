@@ -4,6 +4,7 @@
 
 #include "QuorvaneCore/platform/FilePath.h"
 #include "QuorvaneCore/platform/UserFolders.h"
+#include "QuorvaneCore/pricing/RemotePricingStore.h"
 #include "QuorvaneHost/Failure.h"
 
 namespace quorvane::host {
@@ -21,7 +22,7 @@ std::shared_ptr<UsageIndex> openIndex() {
 }
 
 CostCalculator currentPrices() {
-    return CostCalculator{};
+    return CostCalculator{RemotePricingStore{RemotePricingStore::defaultRemoteURL()}.resolvedTable()};
 }
 
 }  // namespace quorvane::host

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -9,6 +10,9 @@
 #include <string_view>
 #include <vector>
 
+#include "QuorvaneCore/index/HourWeekdayMatrix.h"
+#include "QuorvaneCore/index/ModelDaySummary.h"
+#include "QuorvaneCore/index/ProjectCostSummary.h"
 #include "QuorvaneCore/index/SQLiteDatabase.h"
 #include "QuorvaneCore/index/SQLiteError.h"
 #include "QuorvaneCore/index/UsageWindowSummary.h"
@@ -132,6 +136,26 @@ public:
                                                                          std::span<const std::int64_t> windows,
                                                                          const CostCalculator& calculator, Date now,
                                                                          const Calendar& calendar) const;
+
+    // Analytics. An unpriced call counts in all but the cost. Less than one day is one.
+
+    /// What each model used on each local day of the window: the oldest day first, then by the provider's raw name and
+    /// by the model.
+    [[nodiscard]] std::vector<ModelDaySummary> modelDaySummaries(std::span<const ProviderID> providers,
+                                                                 std::int64_t days, const CostCalculator& calculator,
+                                                                 Date now, const Calendar& calendar) const;
+
+    /// What each project used in the window: the most expensive first, then the one with more tokens, then by name.
+    [[nodiscard]] std::vector<ProjectCostSummary> projectCostSummaries(std::span<const ProviderID> providers,
+                                                                       std::int64_t days,
+                                                                       const CostCalculator& calculator, Date now,
+                                                                       const Calendar& calendar) const;
+
+    /// When the calls of the window were made, for each of the providers.
+    [[nodiscard]] std::map<ProviderID, HourWeekdayMatrix> hourWeekdayBins(std::span<const ProviderID> providers,
+                                                                          std::int64_t days,
+                                                                          const CostCalculator& calculator, Date now,
+                                                                          const Calendar& calendar) const;
 
     /// The SQL that gives the local day of `ts` as "yyyy-MM-dd". SQLite knows the system's own time zone and UTC;
     /// absent for a calendar in any other, and for one that is not Gregorian.

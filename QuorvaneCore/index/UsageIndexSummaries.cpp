@@ -6,6 +6,7 @@
 #include "QuorvaneCore/index/SQLiteStatement.h"
 #include "QuorvaneCore/index/UsageIndex.h"
 #include "QuorvaneCore/index/detail/EventRow.h"
+#include "QuorvaneCore/index/detail/RangeScan.h"
 #include "QuorvaneCore/index/detail/UsageDays.h"
 #include "QuorvaneCore/index/detail/WindowAccumulator.h"
 #include "QuorvaneCore/platform/Clock.h"
@@ -15,21 +16,14 @@ namespace quorvane {
 namespace {
 
 using detail::DayTable;
+using detail::distinctProviders;
 using detail::EventRow;
+using detail::prepareOrNothing;
 using detail::UsageDays;
 using detail::WindowAccumulator;
 using detail::WindowBucket;
 
 using DayPositions = std::unordered_map<std::string, std::int64_t, StringHash, std::equal_to<>>;
-
-/// A statement that cannot be prepared is not an error of a summary: it gives empty sums.
-std::shared_ptr<SQLiteStatement> prepareOrNothing(SQLiteDatabase& database, const std::string& sql) {
-    try {
-        return database.prepare(sql);
-    } catch (const SQLiteError&) {
-        return nullptr;
-    }
-}
 
 std::vector<std::int64_t> distinctWindows(std::span<const std::int64_t> windows) {
     std::vector<std::int64_t> lengths{windows.begin(), windows.end()};
@@ -38,13 +32,6 @@ std::vector<std::int64_t> distinctWindows(std::span<const std::int64_t> windows)
     std::sort(lengths.begin(), lengths.end());
     lengths.erase(std::unique(lengths.begin(), lengths.end()), lengths.end());
     return lengths;
-}
-
-std::vector<ProviderID> distinctProviders(std::span<const ProviderID> providers) {
-    std::vector<ProviderID> ids{providers.begin(), providers.end()};
-    std::sort(ids.begin(), ids.end(), [](ProviderID left, ProviderID right) { return rawName(left) < rawName(right); });
-    ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
-    return ids;
 }
 
 /// What both roads of a multi-window summary begin with.
@@ -68,23 +55,8 @@ struct MultiWindow {
     }
     [[nodiscard]] Date lowerBound() const { return days.calendar.start(firstDay()); }
 
-    /// "?3, ?4, …", one for each provider.
-    [[nodiscard]] std::string placeholders() const {
-        std::string list;
-        for (std::size_t index = 0; index < providers.size(); ++index) {
-            list += index == 0 ? "?" : ", ?";
-            list += std::to_string(index + 3);
-        }
-        return list;
-    }
-
-    void bind(SQLiteStatement& scan) const {
-        scan.bind(1, lowerBound().secondsSince1970);
-        scan.bind(2, days.now.secondsSince1970);
-        for (std::size_t index = 0; index < providers.size(); ++index) {
-            scan.bind(static_cast<std::int32_t>(index) + 3, std::string{rawName(providers[index])});
-        }
-    }
+    [[nodiscard]] std::string placeholders() const { return detail::placeholders(providers); }
+    void bind(SQLiteStatement& scan) const { detail::bindRange(scan, lowerBound(), days.now, providers); }
 
     [[nodiscard]] UsageMultiWindowSummaries finished() && {
         UsageMultiWindowSummaries summaries;
@@ -242,11 +214,7 @@ UsageMultiWindowSummaries UsageIndex::multiWindowSummariesPerEvent(std::span<con
     const std::lock_guard guard{connectionLock_};
     MultiWindow window{providers, windows, now, calendar};
     if (window.hasNothingToScan()) return std::move(window).finished();
-    const auto scan =
-        prepareOrNothing(*database_,
-                         "SELECT provider, model, ts, input, output, cache5m, cache1h, cache_read\nFROM events\n"
-                         "WHERE ts >= ?1 AND ts <= ?2 AND provider IN (" +
-                             window.placeholders() + ");");
+    const auto scan = prepareOrNothing(*database_, detail::rangeScanSQL(detail::EventRow::columns, window.providers));
     if (!scan) return std::move(window).finished();
     window.bind(*scan);
     const DayTable table{calendar, window.firstDay(), window.days.today};

@@ -7,14 +7,19 @@
 #include <utility>
 
 #include <unicode/basictz.h>
+#include <unicode/calendar.h>
+#include <unicode/gregocal.h>
 #include <unicode/timezone.h>
 #include <unicode/tztrans.h>
 #include <unicode/ucal.h>
+
+#include "QuorvaneCore/platform/detail/ICULocale.h"
 
 namespace quorvane {
 namespace {
 
 constexpr double secondsPerDay = 86400.0;
+constexpr double rimMilliseconds = 1e15;
 
 std::string utf8(const icu::UnicodeString& text) {
     std::string result;
@@ -36,9 +41,8 @@ bool isUnknown(const icu::TimeZone& zone) {
 /// The library counts in milliseconds. Dates beyond what any calendar is used for are held at the rim, where every
 /// step below stays exact.
 double milliseconds(Date date) noexcept {
-    constexpr double rim = 1e15;
-    if (std::isnan(date.secondsSince1970)) return -rim;
-    return std::clamp(std::floor(date.secondsSince1970 * 1000.0), -rim, rim);
+    if (std::isnan(date.secondsSince1970)) return -rimMilliseconds;
+    return std::clamp(std::floor(date.secondsSince1970 * 1000.0), -rimMilliseconds, rimMilliseconds);
 }
 
 }  // namespace
@@ -46,6 +50,7 @@ double milliseconds(Date date) noexcept {
 struct Calendar::State {
     std::string timeZoneID;
     std::string identifier;
+    int firstWeekday = 1;
     std::unique_ptr<const icu::BasicTimeZone> zone;
 
     /// Seconds east of Greenwich.
@@ -57,6 +62,29 @@ struct Calendar::State {
         return U_FAILURE(status) ? 0.0 : (raw + daylight) / 1000.0;
     }
 
+    /// Where a day lies in its month, and how long that is.
+    struct Month {
+        int dayOfMonth = 1;
+        int length = 1;
+    };
+
+    /// Days are told apart by their labels, so noon in UTC stands for each.
+    [[nodiscard]] Month monthOf(LocalDay day) const {
+        UErrorCode status = U_ZERO_ERROR;
+        icu::Locale kind{"en_US"};
+        kind.setKeywordValue("calendar", identifier.c_str(), status);
+        const std::unique_ptr<icu::Calendar> calendar{
+            icu::Calendar::createInstance(*icu::TimeZone::getGMT(), kind, status)};
+        if (U_FAILURE(status)) return {};
+        // The days are those of the Gregorian calendar also before there was one.
+        if (auto* gregorian = dynamic_cast<icu::GregorianCalendar*>(calendar.get()))
+            gregorian->setGregorianChange(-rimMilliseconds * 2, status);
+        calendar->setTime((static_cast<double>(day.number) + 0.5) * secondsPerDay * 1000.0, status);
+        const Month month{.dayOfMonth = calendar->get(UCAL_DATE, status),
+                          .length = calendar->getActualMaximum(UCAL_DATE, status)};
+        return U_FAILURE(status) ? Month{} : month;
+    }
+
     /// The instant of the last change of the offset before `millis`, itself excluded.
     [[nodiscard]] std::optional<double> transitionBefore(double millis) const {
         icu::TimeZoneTransition transition;
@@ -65,7 +93,7 @@ struct Calendar::State {
     }
 };
 
-Calendar::Calendar(std::string timeZoneID, std::string identifier) {
+Calendar::Calendar(std::string timeZoneID, std::string identifier, int firstWeekday) {
     std::unique_ptr<icu::TimeZone> zone{icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(timeZoneID))};
     if (isUnknown(*zone)) {
         zone.reset(icu::TimeZone::createTimeZone("UTC"));
@@ -73,12 +101,14 @@ Calendar::Calendar(std::string timeZoneID, std::string identifier) {
     }
     // Every zone that createTimeZone makes is a BasicTimeZone.
     std::unique_ptr<const icu::BasicTimeZone> basic{dynamic_cast<const icu::BasicTimeZone*>(zone.release())};
-    state_ = std::make_shared<const State>(
-        State{.timeZoneID = std::move(timeZoneID), .identifier = std::move(identifier), .zone = std::move(basic)});
+    state_ = std::make_shared<const State>(State{.timeZoneID = std::move(timeZoneID),
+                                                 .identifier = std::move(identifier),
+                                                 .firstWeekday = std::clamp(firstWeekday, 1, 7),
+                                                 .zone = std::move(basic)});
 }
 
 Calendar Calendar::current() {
-    return Calendar{systemTimeZoneID()};
+    return Calendar{systemTimeZoneID(), "gregorian", firstWeekday(Locale::current())};
 }
 
 std::string Calendar::systemTimeZoneID() {
@@ -118,6 +148,37 @@ Date Calendar::start(LocalDay day) const {
         if (clocksBefore <= midnight) return Date{std::max(beginSeconds, midnightHere)};
         end = *begin;
     }
+}
+
+int Calendar::hour(Date date) const {
+    const double millis = milliseconds(date);
+    const double local = std::floor(millis / 1000.0) + state_->offset(millis);
+    return static_cast<int>((local - std::floor(local / secondsPerDay) * secondsPerDay) / 3600.0);
+}
+
+int Calendar::firstWeekday() const noexcept {
+    return state_->firstWeekday;
+}
+
+int Calendar::firstWeekday(const Locale& locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::Calendar> calendar{icu::Calendar::createInstance(detail::icuLocale(locale), status)};
+    if (U_FAILURE(status)) return 1;
+    const UCalendarDaysOfWeek first = calendar->getFirstDayOfWeek(status);
+    return U_FAILURE(status) ? 1 : static_cast<int>(first);
+}
+
+LocalDay Calendar::firstOfMonth(LocalDay day) const {
+    return day - (state_->monthOf(day).dayOfMonth - 1);
+}
+
+int Calendar::daysInMonth(LocalDay day) const {
+    return state_->monthOf(day).length;
+}
+
+bool Calendar::reaches(LocalDay day) noexcept {
+    constexpr auto rim = static_cast<std::int64_t>(rimMilliseconds / 1000.0 / secondsPerDay) - 1;
+    return day.number > -rim && day.number < rim;
 }
 
 int Calendar::offsetFromGMT(Date date) const {

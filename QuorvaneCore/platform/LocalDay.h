@@ -13,6 +13,12 @@ struct LocalDay {
     /// "yyyy-MM-dd" in ASCII digits, as SQLite's date() writes it.
     [[nodiscard]] std::string text() const;
 
+    /// 1 to 7, where 1 is Sunday.
+    [[nodiscard]] constexpr int weekday() const noexcept {
+        constexpr std::int64_t thursday = 4;  // 1970-01-01, Sunday being 0
+        return static_cast<int>(((number + thursday) % 7 + 7) % 7) + 1;
+    }
+
     friend constexpr auto operator<=>(const LocalDay&, const LocalDay&) = default;
 };
 

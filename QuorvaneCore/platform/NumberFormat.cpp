@@ -7,10 +7,13 @@
 #include <unicode/numfmt.h>
 #include <unicode/ucurr.h>
 #include <unicode/unistr.h>
-#include <unicode/ures.h>
+
+#include "QuorvaneCore/platform/detail/ICULocale.h"
 
 namespace quorvane {
 namespace {
+
+using detail::icuLocale;
 
 constexpr std::int64_t mostDecimals = 100;
 
@@ -27,16 +30,6 @@ std::optional<icu::UnicodeString> currencyCode(std::string_view code) {
     };
     if (code.size() != 3 || !std::ranges::all_of(code, isLetter)) return std::nullopt;
     return icu::UnicodeString::fromUTF8(icu::StringPiece{code.data(), 3});
-}
-
-/// A locale without data of its own would be given those of the process's default locale, which no one asked for here;
-/// it gets the neutral ones instead.
-icu::Locale icuLocale(const Locale& locale) {
-    UErrorCode status = U_ZERO_ERROR;
-    UResourceBundle* data = ures_open(nullptr, locale.identifier().c_str(), &status);
-    ures_close(data);
-    const bool hasData = U_SUCCESS(status) && status != U_USING_DEFAULT_WARNING;
-    return hasData ? icu::Locale{locale.identifier().c_str()} : icu::Locale::getRoot();
 }
 
 std::unique_ptr<icu::NumberFormat> make(const Locale& locale, UNumberFormatStyle style,

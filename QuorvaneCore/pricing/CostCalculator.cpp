@@ -7,14 +7,6 @@
 namespace quorvane {
 namespace {
 
-struct Rates {
-    double input;
-    double output;
-    double cacheCreate5m;
-    double cacheCreate1h;
-    double cacheRead;
-};
-
 double derivedFiveMinuteWrite(double input) noexcept {
     return input * 1.25;
 }
@@ -25,9 +17,9 @@ double derivedRead(double input) noexcept {
     return input * 0.1;
 }
 
-Rates baseRates(const ModelPrice& price) noexcept {
+ModelRates baseRates(const ModelPrice& price) noexcept {
     const double input = price.inputCostPerToken;
-    return Rates{
+    return ModelRates{
         .input = input,
         .output = price.outputCostPerToken,
         .cacheCreate5m = price.cacheCreationInputTokenCost.value_or(derivedFiveMinuteWrite(input)),
@@ -37,11 +29,11 @@ Rates baseRates(const ModelPrice& price) noexcept {
 }
 
 /// A cache price that is listed for short calls alone is taken as it stands; a derived one grows with the input rate.
-Rates tierRates(const ModelPrice& price, double input) noexcept {
+ModelRates tierRates(const ModelPrice& price, double input) noexcept {
     const auto firstOf = [](std::optional<double> tier, std::optional<double> base, double derived) {
         return tier ? *tier : base.value_or(derived);
     };
-    return Rates{
+    return ModelRates{
         .input = input,
         .output = price.outputCostPerTokenAbove200k.value_or(price.outputCostPerToken),
         .cacheCreate5m = firstOf(price.cacheCreationInputTokenCostAbove200k, price.cacheCreationInputTokenCost,
@@ -54,6 +46,16 @@ Rates tierRates(const ModelPrice& price, double input) noexcept {
 
 }  // namespace
 
+double ModelRates::cost(const TokenUsage& usage) const noexcept {
+    // The order of the sum is fixed, so that the same call always costs the same float.
+    double sum = input * static_cast<double>(usage.input);
+    sum += output * static_cast<double>(usage.output);
+    sum += cacheCreate5m * static_cast<double>(usage.cacheCreate5m);
+    sum += cacheCreate1h * static_cast<double>(usage.cacheCreate1h);
+    sum += cacheRead * static_cast<double>(usage.cacheRead);
+    return sum;
+}
+
 bool CostCalculator::exceedsContextTier(const TokenUsage& usage) noexcept {
     std::int64_t context = checkedAdd(usage.input, usage.cacheRead);
     context = checkedAdd(context, usage.cacheCreate5m);
@@ -65,17 +67,15 @@ std::optional<double> CostCalculator::cost(std::string_view model, const TokenUs
 }
 
 std::optional<double> CostCalculator::cost(std::string_view model, const TokenUsage& usage, bool forceTier) const {
+    const std::optional<ModelRates> charged = rates(model, forceTier);
+    return charged ? std::optional{charged->cost(usage)} : std::nullopt;
+}
+
+std::optional<ModelRates> CostCalculator::rates(std::string_view model, bool tier) const {
     const std::optional<ModelPrice> price = pricing_.price(model);
     if (!price) return std::nullopt;
-    const bool isTiered = forceTier && price->inputCostPerTokenAbove200k;
-    const Rates rates = isTiered ? tierRates(*price, *price->inputCostPerTokenAbove200k) : baseRates(*price);
-    // The order of the sum is fixed, so that the same call always costs the same float.
-    double sum = rates.input * static_cast<double>(usage.input);
-    sum += rates.output * static_cast<double>(usage.output);
-    sum += rates.cacheCreate5m * static_cast<double>(usage.cacheCreate5m);
-    sum += rates.cacheCreate1h * static_cast<double>(usage.cacheCreate1h);
-    sum += rates.cacheRead * static_cast<double>(usage.cacheRead);
-    return sum;
+    const bool isTiered = tier && price->inputCostPerTokenAbove200k;
+    return isTiered ? tierRates(*price, *price->inputCostPerTokenAbove200k) : baseRates(*price);
 }
 
 std::optional<double> CostCalculator::cacheReadSavings(std::string_view model, const TokenUsage& usage) const {

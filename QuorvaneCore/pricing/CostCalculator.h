@@ -9,6 +9,17 @@
 
 namespace quorvane {
 
+/// What a model charges for one token of each kind, in US dollars: a price with all that the list leaves out derived.
+struct ModelRates {
+    double input = 0;
+    double output = 0;
+    double cacheCreate5m = 0;
+    double cacheCreate1h = 0;
+    double cacheRead = 0;
+
+    [[nodiscard]] double cost(const TokenUsage& usage) const noexcept;
+};
+
 /// Turns tokens into money: every cost of the system comes out of here. US dollars, never rounded.
 /// A value; any thread may read a shared one.
 class CostCalculator {
@@ -25,6 +36,10 @@ public:
 
     /// The same for a sum of calls that are all above that threshold (`forceTier`) or all below it.
     [[nodiscard]] std::optional<double> cost(std::string_view model, const TokenUsage& usage, bool forceTier) const;
+
+    /// The rates of a model above the long-context threshold (`tier`) or below it; absent when the model has no price.
+    /// For those who price many calls of few models: `cost` of a call is `cost` of its rates, to the last bit.
+    [[nodiscard]] std::optional<ModelRates> rates(std::string_view model, bool tier) const;
 
     /// Whether the call's input of all kinds, output aside, is more than 200000 tokens.
     [[nodiscard]] static bool exceedsContextTier(const TokenUsage& usage) noexcept;

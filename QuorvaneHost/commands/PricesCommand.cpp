@@ -7,8 +7,10 @@
 
 #include "QuorvaneCore/platform/JSONTree.h"
 #include "QuorvaneCore/platform/JSONWriter.h"
+#include "QuorvaneCore/pricing/RemotePricingStore.h"
 #include "QuorvaneHost/Failure.h"
 #include "QuorvaneHost/Output.h"
+#include "QuorvaneHost/PriceListRefresh.h"
 #include "QuorvaneHost/Session.h"
 #include "QuorvaneHost/commands/Command.h"
 #include "QuorvaneHost/text/Cells.h"
@@ -45,11 +47,38 @@ JSONTree::Object priceJSON(const ModelPrice& price) {
     return object;
 }
 
-std::string asJSON(const Prices& prices) {
+/// Which list a price comes from.
+class Origins {
+public:
+    Origins()
+        : fetched_{RemotePricingStore{RemotePricingStore::defaultRemoteURL()}.cachedModels().value_or(
+              PricingTable::Models{})} {}
+
+    /// "fetched" or "built-in".
+    [[nodiscard]] std::string of(const std::string& model) const {
+        const bool isFetched = fetched_.contains(listed(model));
+        return isFetched ? "fetched" : "built-in";
+    }
+
+private:
+    /// The identifier that the table finds for a model: its own, where any list has it.
+    [[nodiscard]] std::string listed(const std::string& model) const {
+        if (fetched_.contains(model) || shipped_.models().contains(model)) return model;
+        return PricingTable::normalizedModelID(model).value_or(model);
+    }
+
+    PricingTable::Models fetched_;
+    PricingTable shipped_ = PricingTable::bundledDefault();
+};
+
+std::string asJSON(const Prices& prices, const Origins& origins) {
     JSONTree::Object models;
-    for (const auto& [model, price] : prices)
+    JSONTree::Object sources;
+    for (const auto& [model, price] : prices) {
         models.emplace(model, priceJSON(price));
-    return JSONWriter::pretty(JSONTree::Object{{"models", std::move(models)}});
+        sources.emplace(model, origins.of(model));
+    }
+    return JSONWriter::pretty(JSONTree::Object{{"models", std::move(models)}, {"sources", std::move(sources)}});
 }
 
 /// What a million tokens of one kind cost: the calculator's own answer, derived rates included.
@@ -59,22 +88,23 @@ std::string perMillion(const CostCalculator& calculator, const std::string& mode
 }
 
 std::vector<std::string> rates(const CostCalculator& calculator, const std::string& model, std::string label,
-                               bool isLong) {
+                               bool isLong, std::string origin) {
     constexpr std::int64_t million = 1000000;
     return {std::move(label),
             perMillion(calculator, model, {.input = million}, isLong),
             perMillion(calculator, model, {.output = million}, isLong),
             perMillion(calculator, model, {.cacheCreate5m = million}, isLong),
             perMillion(calculator, model, {.cacheCreate1h = million}, isLong),
-            perMillion(calculator, model, {.cacheRead = million}, isLong)};
+            perMillion(calculator, model, {.cacheRead = million}, isLong),
+            std::move(origin)};
 }
 
-std::string asTable(const Prices& prices, const CostCalculator& calculator) {
-    Table table{{"US dollars per million tokens", "Input", "Output", "Write 5m", "Write 1h", "Cache read"}};
+std::string asTable(const Prices& prices, const CostCalculator& calculator, const Origins& origins) {
+    Table table{{"US$ per million tokens", "Input", "Output", "Write 5m", "Write 1h", "Read", "List"}};
     for (const auto& [model, price] : prices) {
-        table.add(rates(calculator, model, printable(model), false));
+        table.add(rates(calculator, model, printable(model), false, origins.of(model)));
         if (price.inputCostPerTokenAbove200k) {
-            table.add(rates(calculator, model, "  calls above 200K input", true));
+            table.add(rates(calculator, model, "  calls above 200K input", true, ""));
         }
     }
     const Terminal terminal{Terminal::Stream::Output};
@@ -95,8 +125,16 @@ int runPrices(const Options& options) {
             unpriced += (unpriced.empty() ? "" : ", ") + model;
         }
     }
-    if (options.json || !prices.empty()) print(options.json ? asJSON(prices) : asTable(prices, calculator));
+    if (options.json || !prices.empty()) {
+        const Origins origins;
+        print(options.json ? asJSON(prices, origins) : asTable(prices, calculator, origins));
+    }
     if (!unpriced.empty()) throw Failure{"no price for " + printable(unpriced)};
+    return 0;
+}
+
+int runPricesRefresh(const std::string& url) {
+    print(refreshPriceList(url));
     return 0;
 }
 
@@ -107,7 +145,14 @@ void addPricesCommand(CLI::App& parser, ChosenCommand& chosen) {
     const auto options = std::make_shared<Options>();
     command->add_option("MODEL", options->models, "A model, as the logs name it")->type_name("");
     addJSONOption(*command, options->json);
-    command->callback([options, &chosen] { chosen = [options] { return runPrices(*options); }; });
+    command->callback([options, &chosen] {
+        if (!chosen) chosen = [options] { return runPrices(*options); };
+    });
+
+    CLI::App* refresh = command->add_subcommand("refresh", "Fetch the price list anew, if it has changed");
+    const auto url = std::make_shared<std::string>(RemotePricingStore::defaultRemoteURL());
+    refresh->add_option("--url", *url, "The list's address")->type_name("URL");
+    refresh->callback([url, &chosen] { chosen = [url] { return runPricesRefresh(*url); }; });
 }
 
 }  // namespace quorvane::host

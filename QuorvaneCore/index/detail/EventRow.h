@@ -20,6 +20,8 @@ namespace quorvane::detail {
 
 /// A row of "SELECT provider, model, ts, input, output, cache5m, cache1h, cache_read FROM events …".
 struct EventRow {
+    static constexpr std::string_view columns = "provider, model, ts, input, output, cache5m, cache1h, cache_read";
+
     ProviderID provider{};
     std::string_view model;  ///< valid until the statement's next step; NULL reads as the empty text
     Date timestamp;

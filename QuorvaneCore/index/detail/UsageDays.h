@@ -1,6 +1,9 @@
 #pragma once
 #include <algorithm>
 #include <cstdint>
+#include <optional>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "QuorvaneCore/platform/Calendar.h"
@@ -45,6 +48,56 @@ public:
 private:
     LocalDay first_;
     std::vector<double> starts_;
+};
+
+/// Finds the local day of instants of a range by table, and by calendar where the range is too long for one.
+class DayFinder {
+public:
+    /// For instants from the start of `first` to the end of `last`.
+    DayFinder(const Calendar& calendar, LocalDay first, LocalDay last)
+        : calendar_{calendar},
+          table_{calendar, last - first < longest ? first : last, last},
+          byTable_{last - first < longest} {}
+
+    [[nodiscard]] LocalDay day(Date date) const { return byTable_ ? table_.day(date) : calendar_.day(date); }
+
+private:
+    static constexpr std::int64_t longest = 366 * 100;
+
+    Calendar calendar_;
+    DayTable table_;
+    bool byTable_;
+};
+
+/// Finds the hour that a clock shows at many instants: those of a day without a change of the clocks by its midnight.
+class HourFinder {
+public:
+    explicit HourFinder(Calendar calendar) : calendar_{std::move(calendar)} {}
+
+    /// `day` is the local day of `date`.
+    [[nodiscard]] int hour(LocalDay day, Date date) {
+        const auto [entry, isNew] = midnights_.try_emplace(day.number);
+        if (isNew) entry->second = midnight(day);
+        if (!entry->second) return calendar_.hour(date);
+        return static_cast<int>((date.secondsSince1970 - *entry->second) / secondsPerHour);
+    }
+
+private:
+    static constexpr double secondsPerHour = 3600;
+
+    /// The instant of 0:00; absent for a day on which the clocks change.
+    [[nodiscard]] std::optional<double> midnight(LocalDay day) const {
+        const Date start = calendar_.start(day);
+        const Date end = calendar_.start(day + 1);
+        const bool isPlain =
+            end.secondsSince1970 - start.secondsSince1970 == 24 * secondsPerHour &&
+            calendar_.offsetFromGMT(start) == calendar_.offsetFromGMT(Date{end.secondsSince1970 - 1}) &&
+            calendar_.hour(start) == 0;
+        return isPlain ? std::optional{start.secondsSince1970} : std::nullopt;
+    }
+
+    Calendar calendar_;
+    std::unordered_map<std::int64_t, std::optional<double>> midnights_;
 };
 
 }  // namespace quorvane::detail
