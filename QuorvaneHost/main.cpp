@@ -52,6 +52,10 @@ int run(std::vector<std::string> arguments) {
     ChosenCommand chosen;
     addSummaryCommand(parser, chosen);
     addRefreshCommand(parser, chosen);
+    addProjectsCommand(parser, chosen);
+    addModelsCommand(parser, chosen);
+    addActivityCommand(parser, chosen);
+    addExportCommand(parser, chosen);
     addPricesCommand(parser, chosen);
     addSnapshotCommand(parser, chosen);
     addLimitsCommand(parser, chosen);

@@ -18,6 +18,10 @@ void addSnapshotCommand(CLI::App& parser, ChosenCommand& chosen);
 void addLimitsCommand(CLI::App& parser, ChosenCommand& chosen);
 void addCaptureCommand(CLI::App& parser, ChosenCommand& chosen);
 void addLabelCommand(CLI::App& parser, ChosenCommand& chosen);
+void addExportCommand(CLI::App& parser, ChosenCommand& chosen);
+void addProjectsCommand(CLI::App& parser, ChosenCommand& chosen);
+void addActivityCommand(CLI::App& parser, ChosenCommand& chosen);
+void addModelsCommand(CLI::App& parser, ChosenCommand& chosen);
 
 /// `--days N`, at least 1.
 CLI::Option* addDaysOption(CLI::App& command, std::int64_t& days);

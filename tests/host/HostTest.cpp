@@ -65,6 +65,10 @@ TEST_P(HostUsageError, exitsWithTwoAndOneLine) {
 INSTANTIATE_TEST_SUITE_P(
     ByArguments, HostUsageError,
     ::testing::Values(UsageErrorCase{"unknownCommand", {"sumary"}, "sumary"},
+                      UsageErrorCase{"exportWithoutAFormat", {"export"}, "--format"},
+                      UsageErrorCase{"exportOfAnUnknownFormat", {"export", "--format", "xml"}, "--format"},
+                      UsageErrorCase{"unknownMeasure", {"activity", "--measure", "money"}, "--measure"},
+                      UsageErrorCase{"noDaysOfProjects", {"projects", "--days", "0"}, "--days"},
                       UsageErrorCase{"noDays", {"summary", "--days", "0"}, "--days"},
                       UsageErrorCase{"negativeDays", {"--days", "-3"}, "--days"},
                       UsageErrorCase{"daysInWords", {"--days", "many"}, "--days"},

@@ -99,6 +99,37 @@ TEST(SampleHome, everyReaderLoadsWhatTheIndexHolds) {
 }
 
 /// One total, wherever a person looks: both leave the estimates out.
+/// The same calls, summed up by project, by model, by day and by hour.
+TEST(SampleHome, theAnalyticCommandsAgreeOnTheirSums) {
+    const ScratchHome home{"America/New_York"};
+    makeSample(home, moment);
+    const auto sum = [](std::vector<std::string> arguments, const std::string& filter) {
+        arguments.insert(arguments.begin(), {"--now", "2027-01-29T12:00:00Z"});
+        const ProgramRun run = ProgramRun::of({"jq", filter + " | add"}, {.input = runHost(arguments).output});
+        return std::stod(run.output);
+    };
+    const double calls = sum({"projects", "--json"}, "[.projects[].events]");
+    EXPECT_GT(calls, 100);
+    EXPECT_EQ(sum({"models", "--json"}, "[.models[].events]"), calls);
+    EXPECT_EQ(sum({"export", "--format", "json"}, "[.[].events]"), calls);
+    EXPECT_EQ(sum({"activity", "--json", "--measure", "events"}, "[.heatmap[].value]"), calls);
+    EXPECT_EQ(sum({"activity", "--json", "--measure", "events"}, "[.hours.total[][]]"), calls);
+    EXPECT_EQ(sum({"activity", "--json", "--measure", "events"}, "[.hours.providers[][][]]"), calls);
+    const double cost = sum({"projects", "--json"}, "[.projects[].cost_usd]");
+    EXPECT_NEAR(sum({"models", "--json"}, "[.models[].cost_usd]"), cost, 1e-9 * cost);
+    EXPECT_NEAR(sum({"activity", "--json"}, "[.heatmap[].value]"), cost, 1e-9 * cost);
+    EXPECT_NEAR(sum({"activity", "--json"}, "[.hours.total[][]]"), cost, 1e-9 * cost);
+}
+
+TEST(SampleHome, theAnalyticCommandsNameWhoseFiguresAreEstimates) {
+    const ScratchHome home;
+    makeSample(home, moment);
+    for (const char* command : {"projects", "models", "activity"}) {
+        EXPECT_THAT(runHost({"--now", "2027-01-29T12:00:00Z", command}).output,
+                    ::testing::HasSubstr("leaves out of its totals: Cursor, GitHub Copilot\n"));
+    }
+}
+
 TEST(SampleHome, theLabelSaysTheSummarysTotal) {
     const ScratchHome home;
     makeSample(home, moment);

@@ -1,0 +1,33 @@
+#include <memory>
+
+#include "QuorvaneHost/ModelsReport.h"
+#include "QuorvaneHost/Output.h"
+#include "QuorvaneHost/commands/Command.h"
+#include "QuorvaneHost/text/Terminal.h"
+
+namespace quorvane::host {
+namespace {
+
+struct Options {
+    std::int64_t days = 30;
+    bool json = false;
+};
+
+int runModels(const Options& options) {
+    const ModelsReport report = ModelsReport::collect(AnalyticsData::refreshed(options.days));
+    const Terminal terminal{Terminal::Stream::Output};
+    print(options.json ? report.json() : report.text(Ink{terminal.hasColour()}, terminal.width()));
+    return 0;
+}
+
+}  // namespace
+
+void addModelsCommand(CLI::App& parser, ChosenCommand& chosen) {
+    CLI::App* command = parser.add_subcommand("models", "What each model used, the newest first");
+    const auto options = std::make_shared<Options>();
+    addDaysOption(*command, options->days);
+    addJSONOption(*command, options->json);
+    command->callback([options, &chosen] { chosen = [options] { return runModels(*options); }; });
+}
+
+}  // namespace quorvane::host
