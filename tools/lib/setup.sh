@@ -3,11 +3,11 @@
 
 # What the programs need to be built and to run.
 build_packages=(g++ cmake ninja-build pkg-config ccache libsqlite3-dev libsimdjson-dev nlohmann-json3-dev libicu-dev
-    libre2-dev libfmt-dev libcli11-dev libcurl4-openssl-dev tzdata)
+    libre2-dev libfmt-dev libcli11-dev libcurl4-openssl-dev ca-certificates tzdata)
 # What the sample home needs beside that.
 sample_packages=(python3)
 # What the tests need beside that.
-test_packages=(libgtest-dev libgmock-dev clang-format-14 jq zsh python3 sqlite3 procps python3-jsonschema)
+test_packages=(libgtest-dev libgmock-dev clang-format-14 jq zsh python3 sqlite3 procps openssl python3-jsonschema)
 
 # Prints those of the given packages that are not installed.
 missing_packages() {
