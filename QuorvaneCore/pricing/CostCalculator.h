@@ -18,6 +18,8 @@ struct ModelRates {
     double cacheRead = 0;
 
     [[nodiscard]] double cost(const TokenUsage& usage) const noexcept;
+
+    friend bool operator==(const ModelRates&, const ModelRates&) = default;
 };
 
 /// Turns tokens into money: every cost of the system comes out of here. US dollars, never rounded.

@@ -141,6 +141,50 @@ TEST(Calendar, tellsWhetherTheClocksWillChange) {
     EXPECT_FALSE(kathmandu.hasTransitionAfter(utc("1990-01-01T00:00:00Z")));
 }
 
+TEST(Calendar, hourAndWeekdayAreThoseThatTheClocksShow) {
+    const Calendar berlin{"Europe/Berlin"};
+    EXPECT_EQ(berlin.hour(Date{1774745999}), 1);  // 2026-03-29T00:59:59Z, a second before the jump to three
+    EXPECT_EQ(berlin.hour(Date{1774746000}), 3);
+    EXPECT_EQ(berlin.weekday(Date{1774746000}), 1);
+    EXPECT_EQ(Calendar{"Asia/Kathmandu"}.hour(Date{0}), 5);
+    EXPECT_EQ(Calendar{"UTC"}.hour(Date{-0.5}), 23);
+    EXPECT_EQ(Calendar{"UTC"}.weekday(Date{-0.5}), 4);
+    EXPECT_EQ(Calendar{"UTC"}.hour(Date{86399.999}), 23);
+}
+
+TEST(Calendar, weekBeginsAsInTheLocale) {
+    EXPECT_EQ(Calendar::firstWeekday(Locale{"en_US"}), 1);
+    EXPECT_EQ(Calendar::firstWeekday(Locale{"C"}), 1);
+    EXPECT_EQ(Calendar::firstWeekday(Locale{"de_DE.UTF-8"}), 2);
+    EXPECT_EQ(Calendar::firstWeekday(Locale{"ar_EG"}), 7);
+    EXPECT_EQ(Calendar{"UTC"}.firstWeekday(), 1);
+    EXPECT_EQ((Calendar{"UTC", "gregorian", 2}.firstWeekday()), 2);
+    EXPECT_EQ((Calendar{"UTC", "gregorian", 0}.firstWeekday()), 1);
+}
+
+TEST(Calendar, monthsAreThoseOfItsKind) {
+    const LocalDay leapDay{19782};  // 2024-02-29
+    EXPECT_EQ(leapDay.text(), "2024-02-29");
+    const Calendar gregorian{"UTC"};
+    EXPECT_EQ(gregorian.daysInMonth(leapDay), 29);
+    EXPECT_EQ(gregorian.firstOfMonth(leapDay).text(), "2024-02-01");
+    EXPECT_EQ(gregorian.daysInMonth(leapDay + 366), 31);
+    EXPECT_EQ(gregorian.daysInMonth(leapDay + 365), 28);
+    EXPECT_EQ((Calendar{"UTC", "buddhist"}.daysInMonth(leapDay)), 29);
+    EXPECT_EQ((Calendar{"UTC", "persian"}.firstOfMonth(leapDay).text()), "2024-02-20");
+    EXPECT_EQ((Calendar{"UTC", "persian"}.daysInMonth(leapDay)), 29);
+    // Before 1582 the days are still counted as if there had always been this calendar.
+    EXPECT_EQ(gregorian.firstOfMonth(LocalDay{-200000}).text(), LocalDay{-200000}.text().substr(0, 8) + "01");
+}
+
+TEST(Calendar, reachesSoFarAndNoFarther) {
+    EXPECT_TRUE(Calendar::reaches(LocalDay{0}));
+    EXPECT_TRUE(Calendar::reaches(LocalDay{-11'000'000}));
+    EXPECT_TRUE(Calendar::reaches(LocalDay{11'000'000}));
+    EXPECT_FALSE(Calendar::reaches(LocalDay{-12'000'000}));
+    EXPECT_FALSE(Calendar::reaches(LocalDay{std::numeric_limits<std::int64_t>::max()}));
+}
+
 TEST(Calendar, remembersWhatItWasMadeFrom) {
     const Calendar plain{"Europe/Berlin"};
     EXPECT_EQ(plain.timeZoneID(), "Europe/Berlin");

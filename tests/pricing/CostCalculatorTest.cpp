@@ -236,5 +236,19 @@ INSTANTIATE_TEST_SUITE_P(
                     3.0}),
     [](const auto& row) { return std::string{row.param.name}; });
 
+TEST(CostCalculator, costOfACallIsThatOfItsRatesToTheLastBit) {
+    const CostCalculator calculator;
+    for (const std::string& model : calculator.pricing().knownModels()) {
+        for (const std::int64_t input : {7, 123456, 200000, 200001, 999983}) {
+            const TokenUsage usage{
+                .input = input, .output = 333, .cacheCreate5m = 17, .cacheCreate1h = 101, .cacheRead = 70001};
+            for (const bool tier : {false, true})
+                EXPECT_EQ(calculator.rates(model, tier)->cost(usage), calculator.cost(model, usage, tier)) << model;
+        }
+    }
+    EXPECT_EQ(calculator.rates("who-knows", false), std::nullopt);
+    EXPECT_EQ(calculator.rates("who-knows", true), std::nullopt);
+}
+
 }  // namespace
 }  // namespace quorvane
