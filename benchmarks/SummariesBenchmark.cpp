@@ -9,7 +9,7 @@
 #include "benchmarks/support/BenchmarkData.h"
 #include "benchmarks/support/Comparison.h"
 #include "benchmarks/support/EventsDatabase.h"
-#include "benchmarks/support/GroupedScanFloor.h"
+#include "benchmarks/support/ScanFloor.h"
 
 namespace quorvane::benchmarks {
 namespace {
@@ -25,7 +25,7 @@ void multiWindowSummaries(::benchmark::State& state) {
     const Date now = EventsDatabase::end();
     const Date first = calendar.start(calendar.day(now) - (windows.back() - 1));
     const std::span<const ProviderID> providers = EventsDatabase::providers();
-    const GroupedScanFloor floor{database, UsageIndex::sqlLocalDayExpression(calendar).value(), first, now, providers};
+    const ScanFloor floor{database, UsageIndex::sqlLocalDayExpression(calendar).value(), first, now, providers};
     Comparison& comparison = Comparison::ofTimes("four windows of 1,000,000 events", "the grouped statement", 1.15);
     for (auto _ : state) {
         UsageMultiWindowSummaries summaries;
