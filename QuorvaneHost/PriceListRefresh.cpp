@@ -3,10 +3,16 @@
 #include <exception>
 #include <memory>
 #include <optional>
+#include <string_view>
+#include <system_error>
+#include <variant>
 
 #include <fmt/format.h>
 
+#include "QuorvaneCore/platform/AtomicFile.h"
 #include "QuorvaneCore/platform/FileContents.h"
+#include "QuorvaneCore/platform/FilePath.h"
+#include "QuorvaneCore/platform/FolderCreation.h"
 #include "QuorvaneCore/pricing/RemotePricingStore.h"
 #include "QuorvaneCore/pricing/URLSessionPricingFetcher.h"
 #include "QuorvaneHost/Failure.h"
@@ -32,6 +38,7 @@ public:
                 try {
                     memory->result = fetched.get();
                 } catch (const std::exception& error) {
+                    memory->result.reset();
                     memory->failure = error.what();
                     throw;
                 }
@@ -57,12 +64,43 @@ std::string keptTag(const RemotePricingStore& store) {
     return store.etagURL() ? readFile(*store.etagURL()).value_or("") : "";
 }
 
-/// Throws for a list that came and is not in the file now.
-void checkKept(const RemotePricingStore& store, const PricingUpdated& updated) {
-    if (readFile(*store.cacheURL()) != updated.data)
-        throw Failure{*store.cacheURL() + ": the fetched price list cannot be written"};
-    if (keptTag(store) != updated.etag.value_or(""))
-        throw Failure{*store.etagURL() + ": the tag of the price list cannot be written; the list itself is in force"};
+/// Why a file cannot be written, learnt by one more try; absent if that one succeeds.
+std::optional<std::string> causeAgainst(const std::string& file, std::string_view bytes) {
+    try {
+        createFolders(FilePath::parent(file));
+        replaceFile(file, bytes);
+        return std::nullopt;
+    } catch (const std::system_error& error) {
+        return error.what();
+    }
+}
+
+void keepList(const std::string& file, std::string_view list) {
+    if (readFile(file) == list) return;
+    if (const auto cause = causeAgainst(file, list)) throw Failure{*cause + "; the fetched price list is not kept"};
+}
+
+void keepTag(const RemotePricingStore& store, const std::string& tag) {
+    if (keptTag(store) == tag) return;
+    const std::string& file = *store.etagURL();
+    if (tag.empty()) {
+        if (!removeFile(file)) throw Failure{file + ": the tag of the last price list cannot be removed"};
+    } else if (const auto cause = causeAgainst(file, tag)) {
+        throw Failure{*cause + "; the fetched price list is in force, but its tag is not kept"};
+    }
+}
+
+bool saysUnchanged(const RememberingFetcher& fetcher) {
+    const auto& result = fetcher.memory().result;
+    return result && std::holds_alternative<PricingNotModified>(*result);
+}
+
+/// The store's refresh, once more without the tag where it has outlived its list: "unchanged" would be all that ever
+/// came.
+std::optional<PricingTable> refreshed(const RemotePricingStore& store, const RememberingFetcher& fetcher) {
+    std::optional<PricingTable> table = store.refresh().get();
+    if (saysUnchanged(fetcher) && !store.cachedModels() && removeFile(*store.etagURL())) table = store.refresh().get();
+    return table;
 }
 
 }  // namespace
@@ -71,13 +109,14 @@ std::string refreshPriceList(const std::string& url) {
     const auto fetcher = std::make_shared<RememberingFetcher>(url);
     const RemotePricingStore usual{url};
     const RemotePricingStore store{fetcher, usual.cacheURL(), usual.etagURL()};
-    const std::optional<PricingTable> table = store.refresh().get();
+    const std::optional<PricingTable> table = refreshed(store, *fetcher);
     const RememberingFetcher::Memory& memory = fetcher->memory();
     if (!memory.result) throw Failure{printable(url) + ": " + printable(memory.failure)};
     const auto* const updated = std::get_if<PricingUpdated>(&*memory.result);
     if (updated == nullptr) return "unchanged since the last fetch: " + keptModels(store);
     if (!table) throw Failure{printable(url) + ": the answer is no price list"};
-    checkKept(store, *updated);
+    keepList(*store.cacheURL(), updated->data);
+    keepTag(store, updated->etag.value_or(""));
     return "fetched: " + keptModels(store) + " from " + printable(url);
 }
 

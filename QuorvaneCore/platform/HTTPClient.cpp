@@ -1,5 +1,6 @@
 #include "QuorvaneCore/platform/HTTPClient.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -49,6 +50,14 @@ namespace {
 
 using detail::CurlLibrary;
 
+/// Whatever the case of its letters: the library does not mind it.
+bool isPlainHTTP(std::string_view url) noexcept {
+    constexpr std::string_view scheme = "http:";
+    return url.size() >= scheme.size() && std::equal(scheme.begin(), scheme.end(), url.begin(), [](char low, char any) {
+               return low == any || (any >= 'A' && any <= 'Z' && low == any - 'A' + 'a');
+           });
+}
+
 /// One fetch. The addresses of its members are known to the library while it lives.
 class Transfer {
 public:
@@ -72,11 +81,12 @@ public:
     Transfer& operator=(const Transfer&) = delete;
 
     HTTPResponse run(const std::string& url, const HTTPClient::Headers& headers) {
-        const bool isSecure = url.starts_with("https:") || url.starts_with("HTTPS:");
-        set(CURLOPT_REDIR_PROTOCOLS_STR, isSecure ? "https" : "http,https");
+        set(CURLOPT_REDIR_PROTOCOLS_STR, isPlainHTTP(url) ? "http,https" : "https");
         set(CURLOPT_URL, url.c_str());
-        for (const auto& [name, value] : headers)
+        for (const auto& [name, value] : headers) {
+            if (!HTTPClient::canSend(value)) throw HTTPError{"the header " + name + " holds a line break"};
             add(name + ": " + value);
+        }
         set(CURLOPT_HTTPHEADER, headers_.get());
         const CURLcode result = curl_.perform(handle_.get());
         if (isTooLong_) throw HTTPError{"the answer is longer than " + std::to_string(most_) + " bytes"};
@@ -145,6 +155,10 @@ private:
 const HTTPClient& HTTPClient::shared() {
     static const HTTPClient client;
     return client;
+}
+
+bool HTTPClient::canSend(std::string_view headerValue) noexcept {
+    return headerValue.find_first_of(std::string_view{"\r\n\0", 3}) == std::string_view::npos;
 }
 
 HTTPResponse HTTPClient::get(const std::string& url, const Headers& headers) const {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,8 +24,8 @@ struct HTTPResponse {
 };
 
 /// Fetches documents: HTTP and HTTPS with the system's certificates, which are always verified, and through the proxies
-/// that the environment names; file addresses, too. Redirects are followed, never from HTTPS to HTTP and never to a
-/// file. Nothing is cached and no cookies are kept. Any thread may use a shared one.
+/// that the environment names; file addresses, too. Redirects are followed, but a fetch that begins over HTTPS stays
+/// there, and none leads to a file. Nothing is cached and no cookies are kept. Any thread may use a shared one.
 ///
 /// The library for it is loaded at the first fetch: to load it at the start of every program would take longer than all
 /// the rest of a short command.
@@ -42,7 +43,10 @@ public:
     /// The client of the whole process.
     [[nodiscard]] static const HTTPClient& shared();
 
-    /// Whatever the status. Throws `HTTPError` where no whole answer came.
+    /// Whether a header can carry that value: one with a line break would end the header and begin another.
+    [[nodiscard]] static bool canSend(std::string_view headerValue) noexcept;
+
+    /// Whatever the status. Throws `HTTPError` where no whole answer came, and for a header that cannot be sent.
     [[nodiscard]] HTTPResponse get(const std::string& url, const Headers& headers) const;
 
 private:

@@ -5,7 +5,8 @@ namespace {
 
 PricingFetchResult fetched(const std::string& url, const HTTPClient& session, const std::optional<std::string>& etag) {
     HTTPClient::Headers headers;
-    if (etag && !etag->empty()) headers.emplace_back("If-None-Match", *etag);
+    // Without the tag of a damaged file the list simply comes anew.
+    if (etag && !etag->empty() && HTTPClient::canSend(*etag)) headers.emplace_back("If-None-Match", *etag);
     HTTPResponse response = session.get(url, headers);
     if (!response.status) return PricingUpdated{.data = std::move(response.body), .etag = std::nullopt};
     constexpr std::int64_t notModified = 304;

@@ -128,6 +128,41 @@ TEST(PricesRefresh, serverWithoutATrustedCertificateIsNotBelieved) {
                 AllOf(::testing::StartsWith("1  quorvane: https://127.0.0.1:"), HasSubstr("certificate")));
 }
 
+TEST(PricesRefresh, tagThatOutlivedItsListDoesNotKeepItAway) {
+    for (const char* left : {"", "damaged"}) {
+        const ScratchHome home;
+        const LoopbackServer server{listServer()};
+        ASSERT_EQ(refreshFrom(server).status, 0);
+        home.remove(std::string{folder} + "pricing-remote.json");
+        if (*left != '\0') home.write(std::string{folder} + "pricing-remote.json", left);
+        const ProgramRun again = refreshFrom(server);
+        EXPECT_EQ(again.status, 0) << again.error;
+        EXPECT_EQ(again.output, "fetched: 1 model from " + server.url() + "\n");
+        EXPECT_EQ(home.read(std::string{folder} + "pricing-remote.json"), list);
+        EXPECT_EQ(home.read(std::string{folder} + "pricing-remote.etag"), "\"v1\"");
+    }
+}
+
+TEST(PricesRefresh, serverThatAlwaysSaysUnchangedIsAskedTwiceAtMost) {
+    const ScratchHome home;
+    home.write(std::string{folder} + "pricing-remote.etag", "\"v1\"");
+    const LoopbackServer server{[](const std::string&) { return LoopbackServer::answer("304 Not Modified", "", ""); }};
+    const ProgramRun run = refreshFrom(server);
+    EXPECT_EQ(run.status, 0) << run.error;
+    EXPECT_EQ(run.output, "unchanged since the last fetch: no list is kept\n");
+    EXPECT_EQ(server.requests().size(), 2U);
+}
+
+TEST(PricesRefresh, folderThatCannotBeMadeIsNamed) {
+    const ScratchHome home;
+    home.write("Library/Application Support", "a file in the way");
+    const LoopbackServer server{listServer()};
+    const ProgramRun failed = refreshFrom(server);
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_THAT(failed.error, AllOf(HasSubstr(home.path("Library/Application Support")), HasSubstr("Not a directory")));
+    EXPECT_EQ(failed.error.find('\n'), failed.error.size() - 1);
+}
+
 TEST(PricesRefresh, fileThatCannotBeWrittenIsNamed) {
     for (const char* name : {"pricing-remote.json", "pricing-remote.etag"}) {
         const ScratchHome home;
@@ -136,7 +171,7 @@ TEST(PricesRefresh, fileThatCannotBeWrittenIsNamed) {
         const LoopbackServer server{listServer()};
         const ProgramRun failed = refreshFrom(server);
         EXPECT_EQ(failed.status, 1);
-        EXPECT_THAT(failed.error, HasSubstr(home.path(folder + std::string{name})));
+        EXPECT_THAT(failed.error, AllOf(HasSubstr(home.path(folder + std::string{name})), HasSubstr("directory")));
         EXPECT_EQ(failed.error.find('\n'), failed.error.size() - 1);
     }
 }

@@ -67,6 +67,30 @@ TEST_F(PricingFetch, tagIsSentWhereThereIsOne) {
     EXPECT_THAT(server.requests()[2], Not(HasSubstr("If-None-Match")));
 }
 
+TEST_F(PricingFetch, tagWithALineBreakIsNotSentAndAddsNoHeader) {
+    const LoopbackServer server{[](const std::string&) { return LoopbackServer::answer("200 OK", "", "{}"); }};
+    for (const std::string& tag : {std::string{"a\r\nX-Other: b"}, std::string{"a\nb"}, std::string{"a\0b", 3}})
+        EXPECT_EQ(fetched(server, tag), PricingFetchResult{(PricingUpdated{.data = "{}", .etag = std::nullopt})});
+    ASSERT_THAT(server.requests(), SizeIs(3));
+    for (const std::string& head : server.requests())
+        EXPECT_THAT(head, AllOf(Not(HasSubstr("X-Other")), Not(HasSubstr("If-None-Match"))));
+    EXPECT_THAT(failure([&] {
+                    static_cast<void>(HTTPClient{}.get(server.url(), {{"X-One", "a\r\nX-Other: b"}}));
+                }),
+                HasSubstr("X-One"));
+    EXPECT_THAT(server.requests(), SizeIs(3));
+}
+
+TEST_F(PricingFetch, schemeMayBeWrittenInAnyCase) {
+    const LoopbackServer server{[](const std::string& head) {
+        return head.starts_with("GET /moved") ? LoopbackServer::answer("200 OK", "", "{}")
+                                              : LoopbackServer::answer("302 Found", "Location: /moved\r\n", "");
+    }};
+    const std::string url = "hTTp" + server.url().substr(4);
+    EXPECT_EQ(URLSessionPricingFetcher{url}.fetch(std::nullopt).get(),
+              PricingFetchResult{(PricingUpdated{.data = "{}", .etag = std::nullopt})});
+}
+
 TEST_F(PricingFetch, otherStatusIsAnErrorWithItsNumber) {
     for (const auto& [line, status] : {std::pair{"404 Not Found", 404}, {"500 Sorry", 500}, {"300 Choose", 300}}) {
         try {
