@@ -10,6 +10,7 @@
 #include "QuorvaneHost/Failure.h"
 #include "QuorvaneHost/Output.h"
 #include "QuorvaneHost/commands/Command.h"
+#include "QuorvaneHost/html/AnalyticsPage.h"
 
 namespace quorvane::host {
 namespace {
@@ -18,6 +19,7 @@ struct Options {
     std::int64_t days = 30;
     std::string format;
     std::string output;
+    std::string html;
 };
 
 std::string exported(const AnalyticsData& data, const std::string& format) {
@@ -35,7 +37,16 @@ void writeFile(const std::string& path, const std::string& text) {
     }
 }
 
+/// The text of a usage error, empty for a name.
+std::string checkFileName(const std::string& name) {
+    return name.empty() ? "the file has no name" : std::string{};
+}
+
 int runExport(const Options& options) {
+    if (!options.html.empty()) {
+        writeFile(options.html, analyticsPage(AnalyticsPageData::gathered(AnalyticsData::refreshed(options.days))));
+        return 0;
+    }
     const std::string text = exported(AnalyticsData::refreshed(options.days), options.format);
     if (options.output.empty()) {
         print(text);
@@ -48,14 +59,23 @@ int runExport(const Options& options) {
 }  // namespace
 
 void addExportCommand(CLI::App& parser, ChosenCommand& chosen) {
-    CLI::App* command = parser.add_subcommand("export", "Usage by provider, model and day, for other programs");
+    CLI::App* command =
+        parser.add_subcommand("export", "Usage by provider, model and day, for other programs or as a page");
     const auto options = std::make_shared<Options>();
     addDaysOption(*command, options->days);
-    command->add_option("--format", options->format, "The form of the rows")
-        ->check(CLI::IsMember({"csv", "json", "markdown"}))
-        ->required();
-    command->add_option("--output", options->output, "A file to write instead of standard output")->type_name("FILE");
-    command->callback([options, &chosen] { chosen = [options] { return runExport(*options); }; });
+    CLI::Option* format = command->add_option("--format", options->format, "The form of the rows")
+                              ->check(CLI::IsMember({"csv", "json", "markdown"}));
+    CLI::Option* output = command->add_option("--output", options->output, "A file to write instead of standard output")
+                              ->type_name("FILE");
+    command->add_option("--html", options->html, "A file to write a page with tables and charts to, instead of rows")
+        ->type_name("FILE")
+        ->check(checkFileName)
+        ->excludes(format)
+        ->excludes(output);
+    command->callback([options, &chosen] {
+        if (options->format.empty() && options->html.empty()) throw CLI::RequiredError{"--format or --html"};
+        chosen = [options] { return runExport(*options); };
+    });
 }
 
 }  // namespace quorvane::host

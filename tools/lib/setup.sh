@@ -7,7 +7,8 @@ build_packages=(g++ cmake ninja-build pkg-config ccache libsqlite3-dev libsimdjs
 # What the sample home needs beside that.
 sample_packages=(python3)
 # What the tests need beside that.
-test_packages=(libgtest-dev libgmock-dev clang-format-14 jq zsh python3 sqlite3 procps openssl python3-jsonschema)
+test_packages=(libgtest-dev libgmock-dev clang-format-14 jq zsh python3 sqlite3 procps openssl
+    python3-jsonschema chromium)
 
 # Prints those of the given packages that are not installed.
 missing_packages() {
