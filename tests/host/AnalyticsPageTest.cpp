@@ -76,6 +76,7 @@ TEST(AnalyticsPage, aYearOfManyModelsStaysSmall) {
     ASSERT_GT(models.size(), 36U);
     EXPECT_LT(analyticsPage(data).size(), most);
     EXPECT_LT(analyticsPage(GeneratedYear::page(365, "Europe/Berlin", "de_DE")).size(), most);
+    EXPECT_LT(analyticsPage(GeneratedYear::page(365, "Europe/Berlin", "ar_EG")).size(), most);
 }
 
 TEST(AnalyticsPage, theSameDataGiveTheSamePage) {

@@ -34,6 +34,7 @@ public:
                                          "--headless",
                                          "--no-sandbox",
                                          "--disable-gpu",
+                                         "--disable-dev-shm-usage",
                                          "--disable-quic",
                                          "--no-first-run",
                                          "--disable-background-networking",
