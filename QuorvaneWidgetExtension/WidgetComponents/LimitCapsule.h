@@ -8,6 +8,9 @@ namespace quorvane {
 
 /// A horizontal gauge, filled from its leading end.
 struct LimitCapsule {
+    /// Of the track's colour, which at its full strength would hide a dark provider's part on it.
+    static constexpr double trackOpacity = 0.18;
+
     double percent = 0;  ///< of the limit that is used; what lies outside of 0 to 100 counts as the nearer of them
     WidgetColor tint;    ///< of the filled part
 

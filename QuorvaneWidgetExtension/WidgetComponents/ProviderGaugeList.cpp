@@ -1,5 +1,8 @@
 #include "QuorvaneWidgetExtension/WidgetComponents/ProviderGaugeList.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace quorvane {
 namespace {
 
@@ -37,9 +40,15 @@ ProviderGaugeList ProviderGaugeList::of(std::span<const WidgetProviderSnapshot> 
     }
     switch (Presentation::layout(family, providers.size())) {
         case Presentation::Layout::twoColumnGrid: list.providers = gridCells(shown, environment); break;
-        case Presentation::Layout::fullWidthStack:
-            list.providers = stackRows(shown, showLimits, Presentation::isCompact(family), environment);
+        case Presentation::Layout::fullWidthStack: {
+            std::vector<ProviderGaugeRow> rows =
+                stackRows(shown, showLimits, Presentation::isCompact(family), environment);
+            const bool hasLimits =
+                std::any_of(rows.begin(), rows.end(), [](const ProviderGaugeRow& row) { return row.limit.has_value(); });
+            list.limitColumn = hasLimits ? limitWidth : 0;
+            list.providers = std::move(rows);
             break;
+        }
     }
     return list;
 }

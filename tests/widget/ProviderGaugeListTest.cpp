@@ -55,6 +55,18 @@ TEST(ProviderGaugeListTest, isNarrowInTheMediumSizeAlone) {
     EXPECT_EQ(wide.valueColumn, 76);
 }
 
+TEST(ProviderGaugeListTest, keepsAColumnForGaugesWhereOneRowHasOne) {
+    std::vector<WidgetProviderSnapshot> providers(2, providerRow("claude", "Claude Code", 1));
+    const auto columnOf = [&providers](bool showLimits) {
+        return ProviderGaugeList::of(providers, showLimits, Presentation::Family::large, surroundings).limitColumn;
+    };
+    EXPECT_EQ(columnOf(true), 0);
+    providers[1].usedPercent = 60;
+    providers[1].usageOfficial = true;
+    EXPECT_EQ(columnOf(true), ProviderGaugeList::limitWidth);
+    EXPECT_EQ(columnOf(false), 0);
+}
+
 TEST(ProviderGaugeListTest, saysHowManyThereAreThatItHasNoRoomFor) {
     EXPECT_EQ(listOf(6, Presentation::Family::medium).more, "");
     EXPECT_EQ(std::get<Cells>(listOf(6, Presentation::Family::medium).providers).size(), 6U);

@@ -1,0 +1,16 @@
+#include "QuorvaneWidgetExtension/desktop/WidgetModel.h"
+
+#include <QLocale>
+
+namespace quorvane::desktop {
+
+void WidgetModel::show(const QuorvaneWidgetEntryView& view, const WidgetEnvironment& environment) {
+    family_ = QString::fromUtf8(rawName(view.family).data(), static_cast<qsizetype>(rawName(view.family).size()));
+    theme_ = WidgetTheme::of(environment.colorScheme);
+    content_ = WidgetContent::of(view, environment);
+    accessibilitySummary_ = QString::fromStdString(view.accessibilitySummary(environment));
+    isMirrored_ = QLocale{QString::fromStdString(environment.locale.identifier())}.textDirection() == Qt::RightToLeft;
+    Q_EMIT changed();
+}
+
+}  // namespace quorvane::desktop

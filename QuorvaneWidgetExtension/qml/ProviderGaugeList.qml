@@ -1,0 +1,76 @@
+import QtQuick
+import Quorvane.Widget
+
+// The providers, in two columns or one below the other.
+Item {
+    id: list
+
+    required property widgetGauges content
+    required property widgetTheme theme
+
+    implicitHeight: content.isGrid ? grid.implicitHeight : stack.implicitHeight
+
+    Grid {
+        id: grid
+
+        readonly property real cellWidth: (list.width - columnSpacing) / 2
+
+        anchors.left: list.left
+        anchors.right: list.right
+        visible: list.content.isGrid
+        columns: 2
+        columnSpacing: 16
+        rowSpacing: 3
+
+        Repeater {
+            model: list.content.isGrid ? list.content.providers : []
+
+            ProviderGridCell {
+                required property widgetProviderLine modelData
+
+                width: grid.cellWidth
+                content: modelData
+                theme: list.theme
+            }
+        }
+
+        ShrinkingText {
+            width: grid.cellWidth
+            height: 25
+            visible: text !== ""
+            text: list.content.isGrid ? list.content.more : ""
+            size: 11
+            color: list.theme.mutedText
+        }
+    }
+
+    Column {
+        id: stack
+
+        anchors.left: list.left
+        anchors.right: list.right
+        visible: !list.content.isGrid
+        spacing: list.content.spacing
+
+        Repeater {
+            model: list.content.isGrid ? [] : list.content.providers
+
+            ProviderGaugeRow {
+                required property widgetProviderLine modelData
+
+                width: stack.width
+                content: modelData
+                theme: list.theme
+                limitColumn: list.content.limitColumn
+            }
+        }
+
+        ShrinkingText {
+            width: stack.width
+            visible: text !== ""
+            text: list.content.isGrid ? "" : list.content.more
+            size: 11
+            color: list.theme.mutedText
+        }
+    }
+}
