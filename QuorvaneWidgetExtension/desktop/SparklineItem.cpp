@@ -35,6 +35,7 @@ void SparklineItem::setColor(const QColor& color) {
 }
 
 void SparklineItem::paint(QPainter* painter) {
+    if (values_.isEmpty()) return;
     const MiniSparkline sparkline{.values = {values_.begin(), values_.end()}, .tintHex = {}};
     // The stroke's round ends lie within the item.
     const double inset = MiniSparkline::strokeWidth / 2;
@@ -45,7 +46,7 @@ void SparklineItem::paint(QPainter* painter) {
     if (points.size() == 1) {
         painter->setPen(Qt::NoPen);
         painter->setBrush(color_);
-        painter->drawEllipse(at(points.front()), inset, inset);
+        painter->drawEllipse(at(points.front()), MiniSparkline::strokeWidth, MiniSparkline::strokeWidth);
         return;
     }
     QPainterPath line{at(points.front())};

@@ -18,10 +18,10 @@ QPoint freePlace(std::size_t taken) {
 }  // namespace
 
 WidgetDesktop::WidgetDesktop(QObject* parent) : QObject{parent} {
+    if (settings_.instances().isEmpty()) settings_.write(settings_.newInstance(), {});
     const QStringList stored = settings_.instances();
     for (const QString& id : stored)
         make(id);
-    if (instances_.empty()) make(settings_.newInstance());
 }
 
 void WidgetDesktop::open() {

@@ -37,7 +37,7 @@ WidgetInstance::WidgetInstance(QString id, WidgetSettings& settings, const Deskt
         settled_.start();
     });
     reload();
-    window_.place(current_.position.value_or(fallback));
+    if (!current_.position || !window_.place(*current_.position)) window_.place(fallback);
 }
 
 WidgetInstance::~WidgetInstance() {

@@ -16,13 +16,15 @@ class WidgetInstance : public QObject {
     Q_OBJECT
 
 public:
-    /// `settings` and `desktop` must outlive it. `fallback` is where it stands if it never stood anywhere.
+    /// `settings` and `desktop` must outlive it. `fallback` is where it stands if it never stood on a
+    /// screen that there is.
     WidgetInstance(QString id, WidgetSettings& settings, const DesktopColorScheme& desktop, QPoint fallback,
                    QObject* parent = nullptr);
     ~WidgetInstance() override;
 
     [[nodiscard]] const QString& id() const noexcept { return id_; }
     [[nodiscard]] WidgetWindow& window() noexcept { return window_; }
+    [[nodiscard]] const WidgetWindow& window() const noexcept { return window_; }
     [[nodiscard]] const InstanceSettings& current() const noexcept { return current_; }
 
     /// Shows the window.

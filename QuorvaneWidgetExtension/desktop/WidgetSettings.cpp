@@ -1,5 +1,6 @@
 #include "QuorvaneWidgetExtension/desktop/WidgetSettings.h"
 
+#include <QStandardPaths>
 #include <algorithm>
 
 namespace quorvane::desktop {
@@ -21,9 +22,12 @@ Value stored(const QSettings& settings, const QString& key, Value otherwise, Fro
 
 }  // namespace
 
-WidgetSettings::WidgetSettings()
-    : settings_{QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Quorvane"),
-                QStringLiteral("quorvane-widget")} {}
+WidgetSettings::WidgetSettings(const QString& file) : settings_{file, QSettings::IniFormat} {}
+
+QString WidgetSettings::defaultFile() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/Quorvane/quorvane-widget.ini");
+}
 
 QStringList WidgetSettings::instances() const {
     QSettings reader{settings_.fileName(), QSettings::IniFormat};

@@ -24,7 +24,9 @@ struct InstanceSettings {
 /// ("~/.config/Quorvane/quorvane-widget.ini"). What is missing or not understood there is the default.
 class WidgetSettings {
 public:
-    WidgetSettings();
+    explicit WidgetSettings(const QString& file = defaultFile());
+
+    [[nodiscard]] static QString defaultFile();
 
     /// The ids of the widgets, in the order of their making.
     [[nodiscard]] QStringList instances() const;

@@ -16,6 +16,8 @@ public:
     void show(const QuorvaneWidgetEntryView& view, const WidgetEnvironment& environment);
     using QQuickView::show;
 
+    [[nodiscard]] const WidgetModel& model() const noexcept { return *model_; }
+
 private:
     WidgetModel* model_;  ///< a child, which outlives what is drawn from it
 };

@@ -28,8 +28,10 @@ WidgetWindow::WidgetWindow() {
     setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint);
 }
 
-void WidgetWindow::place(QPoint position) {
-    if (placesItsWindows() && isOnAScreen(QRect{position, size()})) setPosition(position);
+bool WidgetWindow::place(QPoint position) {
+    if (!placesItsWindows() || !isOnAScreen(QRect{position, size()})) return false;
+    setPosition(position);
+    return true;
 }
 
 void WidgetWindow::mousePressEvent(QMouseEvent* event) {

@@ -14,8 +14,8 @@ class WidgetWindow : public WidgetView {
 public:
     WidgetWindow();
 
-    /// Moves there if that is on a screen. Without effect where programs do not place their windows (Wayland).
-    void place(QPoint position);
+    /// Moves there and gives true if that is on a screen and programs may place their windows (not on Wayland).
+    bool place(QPoint position);
 
 Q_SIGNALS:
     void menuRequested(QPoint position);  ///< on the screens

@@ -91,7 +91,7 @@ int openWindows(int& count, char** arguments) {
     }
     QApplication application{count, arguments};
     QGuiApplication::setDesktopFileName(QStringLiteral("quorvane-widget"));
-    QGuiApplication::setWindowIcon(QIcon{QStringLiteral(":/quorvane/widget/quorvane-widget.svg")});
+    QGuiApplication::setWindowIcon(QIcon{QStringLiteral(":/quorvane/widget/icons/quorvane-widget.svg")});
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
     // Two processes would each save the same widgets.

@@ -6,6 +6,10 @@ Item {
 
     required property widgetContent content
     required property widgetTheme theme
+    // A grid takes all the room there is; above a stack there is some to spare.
+    readonly property bool isDense: content.gauges.isGrid
+    // The room of a caption that is not there.
+    readonly property real air: isDense && !caption.visible ? 3 : 0
 
     WidgetHeader {
         id: header
@@ -15,7 +19,7 @@ Item {
         anchors.right: parent.right
         anchors.rightMargin: 16
         anchors.top: parent.top
-        anchors.topMargin: 11
+        anchors.topMargin: widget.isDense ? 11 + widget.air : 15
         content: widget.content
         theme: widget.theme
         markSize: 26
@@ -27,10 +31,10 @@ Item {
         anchors.left: header.left
         anchors.right: header.right
         anchors.top: header.bottom
-        anchors.topMargin: 3
-        height: 23
+        anchors.topMargin: widget.isDense ? 3 + widget.air : 8
+        height: widget.isDense ? 23 : 30
         text: widget.content.totalToday
-        size: 22
+        size: widget.isDense ? 22 : 27
         weight: Font.Bold
         color: widget.theme.primaryText
         minimumScale: 0.3
@@ -41,16 +45,18 @@ Item {
         anchors.left: header.left
         anchors.right: header.right
         anchors.top: total.bottom
-        anchors.topMargin: content.isGrid ? 4 : 10
+        anchors.topMargin: widget.isDense ? 4 + widget.air : 10
         content: widget.content.gauges
         theme: widget.theme
     }
 
     WidgetStatusCaption {
+        id: caption
+
         anchors.left: header.left
         anchors.right: header.right
         anchors.bottom: parent.bottom
-        anchors.bottomMargin: 8
+        anchors.bottomMargin: widget.isDense ? 8 : 12
         content: widget.content.caption
     }
 }

@@ -34,13 +34,18 @@ Item {
             }
         }
 
-        ShrinkingText {
+        Item {
             width: grid.cellWidth
             height: 25
-            visible: text !== ""
-            text: list.content.isGrid ? list.content.more : ""
-            size: 11
-            color: list.theme.mutedText
+            visible: list.content.more !== ""
+
+            ShrinkingText {
+                anchors.fill: parent
+                anchors.leftMargin: 22
+                text: list.content.more
+                size: 11
+                color: list.theme.mutedText
+            }
         }
     }
 
@@ -65,12 +70,18 @@ Item {
             }
         }
 
-        ShrinkingText {
+        Item {
             width: stack.width
-            visible: text !== ""
-            text: list.content.isGrid ? "" : list.content.more
-            size: 11
-            color: list.theme.mutedText
+            height: 18
+            visible: list.content.more !== ""
+
+            ShrinkingText {
+                anchors.fill: parent
+                anchors.leftMargin: 23
+                text: list.content.more
+                size: 11
+                color: list.theme.mutedText
+            }
         }
     }
 }

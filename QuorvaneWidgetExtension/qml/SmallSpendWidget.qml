@@ -24,7 +24,7 @@ Item {
         anchors.left: header.left
         anchors.right: header.right
         anchors.top: header.bottom
-        anchors.topMargin: 7
+        anchors.topMargin: 6
         height: 30
         text: widget.content.totalToday
         size: 27
@@ -39,7 +39,7 @@ Item {
 
         anchors.left: header.left
         anchors.top: total.bottom
-        anchors.topMargin: 1
+        anchors.topMargin: 3
         height: 15
         spacing: 6
 
