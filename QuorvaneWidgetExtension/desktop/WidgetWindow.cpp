@@ -42,9 +42,13 @@ void WidgetWindow::mousePressEvent(QMouseEvent* event) {
 
 void WidgetWindow::mouseMoveEvent(QMouseEvent* event) {
     WidgetView::mouseMoveEvent(event);
-    if (!(event->buttons() & Qt::LeftButton)) return;
-    const QPoint way = event->globalPosition().toPoint() - pressed_;
-    if (way.manhattanLength() >= QGuiApplication::styleHints()->startDragDistance()) startSystemMove();
+    if (!(event->buttons() & Qt::LeftButton)) pressed_.reset();
+    if (!pressed_) return;
+    const QPoint way = event->globalPosition().toPoint() - *pressed_;
+    if (way.manhattanLength() < QGuiApplication::styleHints()->startDragDistance()) return;
+    // Once a press: from here on the window manager has the pointer.
+    pressed_.reset();
+    startSystemMove();
 }
 
 void WidgetWindow::keyPressEvent(QKeyEvent* event) {

@@ -1,6 +1,6 @@
 #pragma once
 #include <QPoint>
-#include <functional>
+#include <optional>
 
 #include "QuorvaneWidgetExtension/desktop/WidgetView.h"
 
@@ -30,7 +30,7 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    QPoint pressed_;  ///< where the left button went down
+    std::optional<QPoint> pressed_;  ///< where the left button went down, until the window is moved from there
 };
 
 }  // namespace quorvane::desktop
