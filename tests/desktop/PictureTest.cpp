@@ -146,7 +146,8 @@ INSTANTIATE_TEST_SUITE_P(
         PictureCase{"right-to-left-notice", {small, large}, withNotice, Dark, "ar_EG"},
         PictureCase{"scale-125", {small}, asItIs, Light, "en_US", 1.25},
         PictureCase{"scale-150", {small}, asItIs, Light, "en_US", 1.5},
-        PictureCase{"scale-200", {small, medium}, asItIs, Dark, "en_US", 2}),
+        PictureCase{"scale-200", {small, medium, large}, asItIs, Dark, "en_US", 2},
+        PictureCase{"readme", {small, medium, large}, asItIs, Light, "en_US", 2}),
     [](const auto& row) {
         std::string name = row.param.name;
         std::replace(name.begin(), name.end(), '-', '_');
