@@ -4,11 +4,14 @@
 # What the programs need to be built and to run.
 build_packages=(g++ cmake ninja-build pkg-config ccache libsqlite3-dev libsimdjson-dev nlohmann-json3-dev libicu-dev
     libre2-dev libfmt-dev libcli11-dev libcurl4-openssl-dev ca-certificates tzdata)
+# What the desktop widget needs beside that, to be built and to run under Wayland too.
+widget_packages=(qt6-base-dev qt6-declarative-dev qt6-svg-dev libgl-dev qml6-module-qtquick qml6-module-qtqml-workerscript
+    qt6-wayland)
 # What the sample home needs beside that.
 sample_packages=(python3)
 # What the tests need beside that.
 test_packages=(libgtest-dev libgmock-dev clang-format-14 jq zsh python3 sqlite3 procps openssl
-    python3-jsonschema chromium)
+    python3-jsonschema chromium fonts-inter fonts-dejavu-core dbus-daemon)
 
 # Prints those of the given packages that are not installed.
 missing_packages() {
