@@ -1,5 +1,4 @@
 import QtQuick
-import Quorvane.Widget
 
 // How much of a limit is used.
 Rectangle {

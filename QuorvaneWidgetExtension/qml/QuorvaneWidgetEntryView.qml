@@ -1,3 +1,5 @@
+// Components see the ids of their own file; Qt 6.4 has no word to say so.
+// qmllint disable unqualified
 import QtQuick
 import Quorvane.Widget
 

@@ -1,4 +1,3 @@
-import QtQuick
 import Quorvane.Widget
 
 // One remark, or nothing.
