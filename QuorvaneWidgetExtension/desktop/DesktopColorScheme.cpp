@@ -42,6 +42,8 @@ DesktopColorScheme::DesktopColorScheme(QObject* parent) : QObject{parent} {
     qGuiApp->installEventFilter(this);
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return;
+    // The slot is found by the names of its types, and this one's is not known before it is used for the first time.
+    qRegisterMetaType<QDBusVariant>();
     bus.connect(portal, portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
     QDBusMessage question = QDBusMessage::createMethodCall(portal, portalPath, portalSettings, QStringLiteral("Read"));

@@ -94,6 +94,10 @@ int openWindows(int& count, char** arguments) {
     QGuiApplication::setWindowIcon(QIcon{QStringLiteral(":/quorvane/widget/icons/quorvane-widget.svg")});
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
+    // From here on the lock is given back, whenever the end comes.
+    const QuitSignals signals_;
+    QObject::connect(&signals_, &QuitSignals::received, &application, &QCoreApplication::quit);
+
     // Two processes would each save the same widgets.
     const QString folder = QFileInfo{WidgetSettings{}.file()}.path();
     QDir{}.mkpath(folder);
@@ -105,10 +109,8 @@ int openWindows(int& count, char** arguments) {
     }
     tellWithoutFile();
     WidgetDesktop desktop;
-    const QuitSignals signals_;
     QObject::connect(&desktop, &WidgetDesktop::quitRequested, &application, &QCoreApplication::quit,
                      Qt::QueuedConnection);
-    QObject::connect(&signals_, &QuitSignals::received, &application, &QCoreApplication::quit);
     desktop.open();
     return QApplication::exec();
 }

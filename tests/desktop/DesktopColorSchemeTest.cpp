@@ -12,7 +12,7 @@
 namespace quorvane::desktop {
 namespace {
 
-/// A settings portal on the tests' own bus.
+/// A settings portal on the tests' own bus, with a connection of its own as another program has.
 class Portal : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
@@ -50,7 +50,9 @@ public Q_SLOTS:
     }
 
 private:
-    static QDBusConnection connection() { return QDBusConnection::sessionBus(); }
+    static QDBusConnection connection() {
+        return QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));
+    }
 
     uint value_;
 };

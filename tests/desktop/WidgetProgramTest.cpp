@@ -139,7 +139,6 @@ TEST(WidgetProgramTest, runsOnceAndEndsCleanlyWhenAsked) {
         OpenProgram first;
         const std::string lock = ".config/Quorvane/quorvane-widget.lock";
         ASSERT_TRUE(QTest::qWaitFor([&] { return home.exists(lock); }, 20000));
-        QTest::qWait(300);
         const ProgramRun second = run({}, {{"QT_QPA_PLATFORM", "offscreen"}});
         EXPECT_EQ(second.status, 1);
         EXPECT_EQ(lines(second.error), 1) << second.error;
