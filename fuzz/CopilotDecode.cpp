@@ -1,6 +1,6 @@
 // Copilot's telemetry: the reader, which parses each line once and fills in later what only the whole file tells, gives
 // exactly what two passes by the plain rules give, whatever the chunk size; and what is left of several records of one
-// call is what a comparison of all pairs leaves.
+// call is what a comparison of all pairs leaves. The events that are made without candidates are the same.
 //
 // Input: one byte for the chunk size, and then the content of the file.
 
@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "QuorvaneCore/ingest/FileCursor.h"
+#include "QuorvaneCore/model/Deduplicator.h"
 #include "QuorvaneCore/platform/JSONParser.h"
 #include "QuorvaneCore/platform/NumberText.h"
 #include "QuorvaneCore/providers/CopilotOTelParser.h"
@@ -25,6 +26,7 @@
 
 using quorvane::CopilotOTelParser;
 using quorvane::Date;
+using quorvane::Deduplicator;
 using quorvane::FileCursor;
 using quorvane::JSONLStreamReader;
 using quorvane::JSONNumberValue;
@@ -243,6 +245,27 @@ bool isCovered(const Candidate& candidate, const std::vector<Candidate>& all) {
     });
 }
 
+/// In the order in which their keys come, the best event of each key.
+void checkBestEvents(const std::vector<UsageEvent>& best, const std::vector<UsageEvent>& all) {
+    std::map<std::pair<std::string, std::string>, std::size_t> places;
+    std::vector<const UsageEvent*> expected;
+    for (const UsageEvent& event : all) {
+        const auto [known, isNew] = places.try_emplace({event.messageId, event.requestId}, expected.size());
+        if (isNew) {
+            expected.push_back(&event);
+        } else if (Deduplicator::isBetter(event.usage, expected[known->second]->usage)) {
+            expected[known->second] = &event;
+        }
+    }
+    require(best.size() == expected.size(), "one event for each key");
+    for (std::size_t index = 0; index < best.size(); ++index) {
+        const UsageEvent& event = *expected[index];
+        require(best[index].messageId == event.messageId && best[index].requestId == event.requestId, "its key");
+        require(best[index].usage == event.usage && best[index].timestamp == event.timestamp, "its tokens and time");
+        require(best[index].model == event.model && best[index].provider == ProviderID::Copilot, "its model");
+    }
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -273,5 +296,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         require(events[index].usage == left[index].usage, "usage");
         require(!events[index].model.empty(), "model");
     }
+    checkBestEvents(CopilotOTelParser::bestEvents(file.path(), JSONLStreamReader{.chunkSize = chunkSize}), events);
     return 0;
 }

@@ -1,19 +1,25 @@
 // The two parsers agree on every text: what they refuse, and every value of what they accept. The fast one reads the
 // logs; the other one takes over where the fast one gives up, and reads documents that are kept.
 
+#include <array>
 #include <bit>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
 
 #include "QuorvaneCore/platform/JSONParser.h"
+#include "QuorvaneCore/platform/JSONRecordReader.h"
 #include "QuorvaneCore/platform/JSONTopLevelScan.h"
 #include "QuorvaneCore/platform/JSONWriter.h"
 #include "fuzz/FuzzTarget.h"
 
+using quorvane::JSONField;
+using quorvane::JSONKeySet;
 using quorvane::JSONNumberValue;
 using quorvane::JSONParser;
+using quorvane::JSONRecordReader;
 using quorvane::JSONTree;
 using quorvane::JSONValue;
 using quorvane::JSONWriter;
@@ -80,6 +86,34 @@ void checkScan(std::string_view text, JSONValue document) {
     require(*scanned == parsed.value_or(std::string_view{}), "the scan finds the parser's text, or none");
 }
 
+bool isSame(const JSONField& field, JSONValue value) {
+    const auto number = [](JSONValue of) -> std::optional<double> {
+        const auto held = of.number();
+        if (!held) return std::nullopt;
+        return std::visit([](auto alternative) { return static_cast<double>(alternative); }, *held);
+    };
+    std::vector<std::optional<double>> parts;
+    value.forEachElement([&](JSONValue element) { parts.push_back(number(element)); });
+    const bool isPair = parts.size() == 2 && parts[0] && parts[1];
+    return field.isPresent() == value.isPresent() && field.text() == value.string() &&
+           field.integer() == value.integer() && field.number() == number(value) &&
+           field.pair() == (isPair ? std::optional{JSONField::Pair{*parts[0], *parts[1]}} : std::nullopt);
+}
+
+/// Nor must the reader that takes members out of a text without parsing all of it.
+void checkRecord(std::string_view padded, JSONValue document) {
+    constexpr std::array<std::string_view, 4> keys{"type", "a", "payload", "b"};
+    constexpr std::size_t payload = 2;
+    static constexpr JSONKeySet<keys.size()> set{keys};
+    static JSONRecordReader reader{set.keys(), payload, set.keys()};
+    const bool isRecord = reader.readPadded(padded);
+    require(isRecord == document.isObject(), "an object is a record");
+    for (std::size_t index = 0; isRecord && index < keys.size(); ++index) {
+        require(isSame(reader.members()[index], document[keys[index]]), "members are the same");
+        require(isSame(reader.innerMembers()[index], document["payload"][keys[index]]), "inner members are the same");
+    }
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -96,6 +130,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     JSONParser fresh;
     const JSONValue again = fresh.parsePadded(std::string_view{padded}.substr(0, size));
     require(again.isPresent() == document.isPresent(), "what lies behind a text does not matter");
+    checkRecord(std::string_view{padded}.substr(0, size), document);
     if (!tree) return 0;
     requireSame(document, JSONValue{*tree});
     requireSame(again, JSONValue{*tree});

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <variant>
 
@@ -50,6 +51,11 @@ public:
         std::array<JSONValue, Count> found;
         findMembers(keys.data(), found.data(), Count);
         return found;
+    }
+
+    /// The same for a number of keys that is not constant. `found` has room for all of them, and holds absent values.
+    void members(std::span<const std::string_view> keys, std::span<JSONValue> found) const noexcept {
+        findMembers(keys.data(), found.data(), keys.size());
     }
 
     /// Calls `visit` for each element of an array, in order; never for anything else.

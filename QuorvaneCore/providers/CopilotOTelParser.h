@@ -60,11 +60,15 @@ public:
     /// One event for each candidate that is not covered, in their order. A model's name loses the vendor ahead of its
     /// last slash.
     [[nodiscard]] static std::vector<UsageEvent> events(std::span<const Candidate> candidates);
-    /// The same, of candidates that are not needed any more.
-    [[nodiscard]] static std::vector<UsageEvent> events(std::vector<Candidate>&& candidates);
+
+    /// What `Deduplicator` keeps of the events of a file's candidates, in the order in which their keys came, and
+    /// without making a candidate of each record.
+    [[nodiscard]] static std::vector<UsageEvent> bestEvents(const std::string& file, const JSONLStreamReader& reader);
 
     /// One sample for each candidate that is not covered and names an AIU figure above 0, in their order.
     [[nodiscard]] static std::vector<AIUSample> aiuSamples(std::span<const Candidate> candidates);
+    /// The same for the candidates of several files, which cover each other across them.
+    [[nodiscard]] static std::vector<AIUSample> aiuSamples(std::span<const std::span<const Candidate>> files);
 };
 
 }  // namespace quorvane

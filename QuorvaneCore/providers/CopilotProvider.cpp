@@ -1,9 +1,7 @@
 #include "QuorvaneCore/providers/CopilotProvider.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstddef>
-#include <functional>
+#include <span>
 #include <utility>
 
 #include "QuorvaneCore/ingest/FileCursor.h"
@@ -22,31 +20,6 @@ std::optional<Date> windowStart(std::int64_t days, Date now, const Calendar& cal
     constexpr std::int64_t mostDays = 1'000'000'000;  // more than two million years
     if (days > mostDays) return std::nullopt;
     return calendar.start(calendar.day(now) - (days - 1));
-}
-
-/// What `Deduplicator` keeps, in the order of the events and without a copy of each.
-void keepBest(std::vector<UsageEvent>& events) {
-    // Places among the events plus one, found by the hash of their key; half of them stay free.
-    std::vector<std::size_t> places(std::bit_ceil(2 * events.size() + 1));
-    const std::size_t mask = places.size() - 1;
-    std::size_t kept = 0;
-    for (UsageEvent& event : events) {
-        std::size_t at = std::hash<std::string>{}(event.requestId) & mask;
-        const auto isOther = [&](std::size_t place) {
-            const UsageEvent& known = events[place - 1];
-            return known.requestId != event.requestId || known.messageId != event.messageId;
-        };
-        while (places[at] != 0 && isOther(places[at]))
-            at = (at + 1) & mask;
-        if (places[at] != 0) {
-            UsageEvent& known = events[places[at] - 1];
-            if (Deduplicator::isBetter(event.usage, known.usage)) known = std::move(event);
-            continue;
-        }
-        if (&events[kept] != &event) events[kept] = std::move(event);
-        places[at] = ++kept;
-    }
-    events.resize(kept);
 }
 
 }  // namespace
@@ -77,17 +50,14 @@ std::vector<UsageEvent> CopilotProvider::loadEvents() const {
 
 DecodedFile CopilotProvider::decodeFile(const std::string& file, std::int64_t /*offset*/) const {
     const std::optional<FileCursor::Status> status = FileCursor::state(file);
-    std::vector<UsageEvent> events = CopilotOTelParser::events(CopilotOTelParser::candidates(file, reader_));
-    keepBest(events);
-    return {.events = std::move(events), .consumed = status ? status->size : 0};
+    return {.events = CopilotOTelParser::bestEvents(file, reader_), .consumed = status ? status->size : 0};
 }
 
 std::vector<CopilotOTelParser::AIUSample> CopilotProvider::aiuSamples() const {
-    std::vector<CopilotOTelParser::Candidate> all;
-    for (const std::string& file : otelFiles()) {
-        const CopilotCandidateCache::Candidates candidates = CopilotCandidateCache::shared().candidates(file, reader_);
-        all.insert(all.end(), candidates->begin(), candidates->end());
-    }
+    std::vector<CopilotCandidateCache::Candidates> files;
+    std::vector<std::span<const CopilotOTelParser::Candidate>> all;
+    for (const std::string& file : otelFiles())
+        all.emplace_back(*files.emplace_back(CopilotCandidateCache::shared().candidates(file, reader_)));
     return CopilotOTelParser::aiuSamples(all);
 }
 

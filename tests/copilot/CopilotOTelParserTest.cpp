@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "QuorvaneCore/model/Deduplicator.h"
 #include "tests/copilot/CopilotTestSupport.h"
 
 namespace quorvane::testing {
@@ -286,6 +287,13 @@ TEST(CopilotFileDeathTest, sumsAndTimesBeyond64BitsEndTheProcess) {
     const std::string far =
         record(R"("type":"span","name":"chat x","endTime":[1e300,0])", R"("gen_ai.usage.output_tokens":1)");
     EXPECT_DEATH(static_cast<void>(home.parse(far)), "overflow");
+    // In whatever order a record stands that covers it.
+    const std::string covered = record(R"("traceId":"T","type":"span","name":"invoke_agent x","endTime":[1e300,0])",
+                                       R"("gen_ai.usage.output_tokens":1)");
+    for (const std::string& content : {covered + chatSpan({.trace = "T"}), chatSpan({.trace = "T"}) + covered}) {
+        const std::string file = home.write("otel.jsonl", content);
+        EXPECT_DEATH(static_cast<void>(CopilotOTelParser::bestEvents(file, {})), "overflow");
+    }
 }
 
 // Events.
@@ -333,6 +341,80 @@ TEST(CopilotEvents, carryWhatTheRecordSays) {
         events[0].usage,
         (TokenUsage{.input = 2329, .output = 409, .cacheCreate5m = 1025, .cacheCreate1h = 0, .cacheRead = 17123}));
     EXPECT_EQ(events[0].project, std::nullopt);
+}
+
+/// Files with calls of few traces, spans, turns and responses, and with some that name none of these.
+class CopilotBestEvents : public ::testing::Test {
+protected:
+    std::string line(int output) {
+        const std::array<std::string, 4> ids{"", "A", "B", "A:B"};
+        const std::array<std::string, 4> more{"", R"("session.id":"S")", R"("gen_ai.request.model":"x/y")",
+                                              R"("turn.index":"1","copilot_chat.session_id":"Z")"};
+        const std::string& trace = pick(ids);
+        if (random_() % 8 == 0) return record(R"("traceId":")" + trace + '"', pick(more));
+        return recordOf(static_cast<RecordKind>(random_() % 4), {.trace = trace,
+                                                                 .span = pick(ids),
+                                                                 .response = random_() % 2 == 0 ? "" : pick(ids),
+                                                                 .output = output,
+                                                                 .more = pick(more),
+                                                                 .when = 100.0 + static_cast<double>(random_() % 2)});
+    }
+
+    std::mt19937 random_{20260915};
+
+private:
+    const std::string& pick(const std::array<std::string, 4>& texts) { return texts[random_() % texts.size()]; }
+};
+
+std::vector<std::string> described(const std::vector<UsageEvent>& events) {
+    std::vector<std::string> lines;
+    for (const UsageEvent& event : events) {
+        lines.push_back(event.id() + " " + event.model + " " + std::to_string(event.timestamp.secondsSince1970) + " " +
+                        std::to_string(event.usage.output) + (event.provider == ProviderID::Copilot ? "" : " ?"));
+    }
+    return lines;
+}
+
+TEST_F(CopilotBestEvents, areWhatTheRulesLeaveOfAllEvents) {
+    const TelemetryHome home;
+    std::size_t dropped = 0;
+    for (int round = 0; round < 200; ++round) {
+        SCOPED_TRACE(round);
+        std::string content;
+        for (std::uint32_t lines = random_() % 60; lines > 0; --lines)
+            content += line(1 + static_cast<int>(random_() % 3));
+        const std::string file = home.write("otel.jsonl", content);
+        const std::vector<UsageEvent> all = CopilotOTelParser::events(CopilotOTelParser::candidates(file, {}));
+        std::vector<std::string> expected = described(Deduplicator::dedupe(all));
+        std::vector<std::string> best = described(CopilotOTelParser::bestEvents(file, {}));
+        dropped += all.size() - best.size();
+        std::sort(expected.begin(), expected.end());
+        std::sort(best.begin(), best.end());
+        ASSERT_EQ(best, expected);
+    }
+    EXPECT_GT(dropped, 50) << "the rounds try it";
+}
+
+TEST_F(CopilotBestEvents, standInTheOrderOfTheFile) {
+    const TelemetryHome home;
+    std::string content;
+    for (int call = 1; call <= 300; ++call)
+        content += chatSpan({.trace = std::to_string(call % 7), .span = std::to_string(call), .output = call});
+    const std::vector<UsageEvent> best = CopilotOTelParser::bestEvents(home.write("otel.jsonl", content), {});
+    ASSERT_THAT(best, SizeIs(300));
+    for (std::size_t at = 0; at < best.size(); ++at)
+        ASSERT_EQ(best[at].usage.output, static_cast<std::int64_t>(at) + 1);
+}
+
+/// The record that covers stands behind, so an event has been made by then.
+TEST_F(CopilotBestEvents, loseThoseThatALaterRecordCovers) {
+    const TelemetryHome home;
+    const std::string file = home.write(
+        "otel.jsonl",
+        agentSpan({.trace = "T", .span = "1", .output = 1}) + chatSpan({.trace = "U", .span = "2", .output = 2}) +
+            inferenceLog({.trace = "V", .span = "3", .response = "R", .output = 3}) +
+            turnLog({.trace = "W", .output = 4}) + chatSpan({.trace = "T", .span = "5", .response = "R", .output = 5}));
+    EXPECT_THAT(outputs(CopilotOTelParser::bestEvents(file, {})), ElementsAre(2, 4, 5));
 }
 
 TEST(CopilotAIU, samplesAreOfCallsThatNameSome) {
