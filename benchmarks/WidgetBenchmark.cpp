@@ -1,27 +1,45 @@
 // The desktop widget from its start to a drawn picture, and what it costs while nothing happens.
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "QuorvaneCore/snapshots/WidgetSnapshotStore.h"
+#include "QuorvaneWidgetExtension/QuorvaneWidget/WidgetPreviewData.h"
 #include "benchmarks/support/BenchmarkData.h"
 #include "benchmarks/support/Process.h"
 
 namespace quorvane::benchmarks {
 namespace {
 
+/// A home directory with a file for the widget to read, of six providers and all timeframes.
+class HomeOfTheWidget {
+public:
+    HomeOfTheWidget() {
+        ::setenv("HOME", home_.path().c_str(), 1);
+        WidgetSnapshotStore{}.write(WidgetPreviewData::snapshot());
+    }
+
+    [[nodiscard]] std::string variable() const { return "HOME=" + home_.path(); }
+    [[nodiscard]] std::string path(const std::string& name) const { return home_.path(name); }
+
+private:
+    ScratchFolder home_;
+};
+
 /// CPU time counts here: a render is to take less than 300 ms of it.
 void renderWidget(::benchmark::State& state, const std::string& family, const std::string& scale) {
-    const ScratchFolder home;
+    const HomeOfTheWidget home;
     const std::string picture = home.path("widget.png");
     const std::vector<std::string> command{
         QUORVANE_WIDGET_PROGRAM, "--render", picture, "--family", family, "--scale", scale};
     double cpuSeconds = 0;
     for (auto _ : state) {
         std::filesystem::remove(picture);
-        const ProcessResult run = runProcess(command, {"HOME=" + home.path()});
+        const ProcessResult run = runProcess(command, {home.variable()});
         if (!run.isSuccess || !std::filesystem::exists(picture)) {
             state.SkipWithError("no picture was drawn");
             return;
@@ -38,19 +56,19 @@ BENCHMARK_CAPTURE(renderWidget, largeAtTwice, "large", "2")
     ->Unit(::benchmark::kMillisecond);
 
 /// The CPU seconds of the program with one window open for so many seconds, on a platform without a screen.
-double cpuSecondsOfRun(const std::string& home, int seconds) {
+double cpuSecondsOfRun(const HomeOfTheWidget& home, int seconds) {
     return runProcess({"/usr/bin/timeout", "--preserve-status", std::to_string(seconds), QUORVANE_WIDGET_PROGRAM},
-                      {"HOME=" + home, "QT_QPA_PLATFORM=offscreen"})
+                      {home.variable(), "QT_QPA_PLATFORM=offscreen"})
         .cpuSeconds;
 }
 
 /// What a minute more of an open window costs: its drawing anew once a minute, and nothing else.
 void idleWidget(::benchmark::State& state) {
-    const ScratchFolder home;
+    const HomeOfTheWidget home;
     constexpr int minutes = 2;
     for (auto _ : state) {
-        const double start = cpuSecondsOfRun(home.path(), 5);
-        const double whole = cpuSecondsOfRun(home.path(), 5 + 60 * minutes);
+        const double start = cpuSecondsOfRun(home, 5);
+        const double whole = cpuSecondsOfRun(home, 5 + 60 * minutes);
         state.SetIterationTime(whole - start);
         state.counters["percent_of_a_core"] = (whole - start) / (60 * minutes) * 100;
     }
