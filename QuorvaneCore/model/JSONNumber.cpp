@@ -31,8 +31,7 @@ std::optional<double> JSONNumber::asDouble(JSONValue value) noexcept {
     return std::visit(ToDouble{}, *number);
 }
 
-std::int64_t JSONNumber::asInt(const JSONValue& value) noexcept {
-    if (const std::optional<std::int64_t> integer = value.integer()) return *integer;
+std::int64_t JSONNumber::otherAsInt(const JSONValue& value) noexcept {
     const std::optional<JSONNumberValue> number = value.number();
     return number ? std::visit(ToInt{}, *number) : 0;
 }

@@ -12,6 +12,7 @@
 
 #include "QuorvaneCore/platform/JSONParser.h"
 #include "QuorvaneCore/platform/detail/PlainNumber.h"
+#include "QuorvaneCore/platform/detail/SameKey.h"
 
 namespace quorvane {
 namespace {
@@ -20,34 +21,6 @@ using Implementation = simdjson::internal::dom_parser_implementation;
 
 bool isBlank(char character) noexcept {
     return character == ' ' || character == '\t' || character == '\r' || character == '\n';
-}
-
-template <typename Word>
-Word load(const char* from) noexcept {
-    Word word = 0;
-    std::memcpy(&word, from, sizeof word);
-    return word;
-}
-
-/// For texts that are too short to be worth a call.
-template <typename Word>
-bool isSameInWords(const char* left, const char* right, std::size_t size) noexcept {
-    for (std::size_t at = 0; at + sizeof(Word) < size; at += sizeof(Word)) {
-        if (load<Word>(left + at) != load<Word>(right + at)) return false;
-    }
-    const std::size_t last = size - sizeof(Word);
-    return load<Word>(left + last) == load<Word>(right + last);
-}
-
-bool isSame(std::string_view left, std::string_view right) noexcept {
-    if (left.size() != right.size()) return false;
-    if (left.size() >= sizeof(std::uint64_t)) {
-        return isSameInWords<std::uint64_t>(left.data(), right.data(), left.size());
-    }
-    if (left.size() >= sizeof(std::uint32_t)) {
-        return isSameInWords<std::uint32_t>(left.data(), right.data(), left.size());
-    }
-    return left == right;
 }
 
 void setPair(const JSONField& first, const JSONField& second, JSONField& into) noexcept {
@@ -119,7 +92,8 @@ private:
     /// Where the value of that key belongs; null if it was not asked for or is there already.
     static JSONField* wanted(std::string_view key, const JSONKeys& keys, JSONField* fields) noexcept {
         const std::uint8_t index = keys.candidate(key);
-        if (index == JSONKeys::noKey || !isSame(keys.all()[index], key) || fields[index].isPresent()) return nullptr;
+        if (index == JSONKeys::noKey || !detail::isSameKey(keys.all()[index], key) || fields[index].isPresent())
+            return nullptr;
         return &fields[index];
     }
 

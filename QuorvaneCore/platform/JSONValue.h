@@ -23,20 +23,26 @@ class JSONValue {
 public:
     JSONValue() noexcept = default;
     /// A view of `tree`, which must outlive it.
-    explicit JSONValue(const JSONTree& tree) noexcept : kind_{Kind::Tree}, tree_{&tree} {}
+    explicit JSONValue(const JSONTree& tree) noexcept;
 
     [[nodiscard]] bool isPresent() const noexcept { return kind_ != Kind::Absent; }
-    [[nodiscard]] bool isNull() const noexcept;
-    [[nodiscard]] bool isObject() const noexcept;
-    [[nodiscard]] bool isArray() const noexcept;
+    [[nodiscard]] bool isNull() const noexcept { return kind_ == Kind::Null; }
+    [[nodiscard]] bool isObject() const noexcept { return kind_ == Kind::Object || kind_ == Kind::TreeObject; }
+    [[nodiscard]] bool isArray() const noexcept { return kind_ == Kind::Array || kind_ == Kind::TreeArray; }
 
     /// Absent for anything but a string, a boolean, a number.
-    [[nodiscard]] std::optional<std::string_view> string() const noexcept;
-    [[nodiscard]] std::optional<bool> boolean() const noexcept;
+    [[nodiscard]] std::optional<std::string_view> string() const noexcept {
+        return kind_ == Kind::String ? std::optional{std::string_view{text_.bytes, text_.size}} : std::nullopt;
+    }
+    [[nodiscard]] std::optional<bool> boolean() const noexcept {
+        return kind_ == Kind::Boolean ? std::optional{boolean_} : std::nullopt;
+    }
     [[nodiscard]] std::optional<JSONNumberValue> number() const noexcept;
 
     /// The number if it is an integer of 64 bits with sign; the short way to what nearly every number is.
-    [[nodiscard]] std::optional<std::int64_t> integer() const noexcept;
+    [[nodiscard]] std::optional<std::int64_t> integer() const noexcept {
+        return kind_ == Kind::Integer ? std::optional{integer_} : std::nullopt;
+    }
 
     /// True for an object with no key, an array with no element, and anything that is neither.
     [[nodiscard]] bool isEmpty() const noexcept;
@@ -45,17 +51,17 @@ public:
     [[nodiscard]] JSONValue operator[](std::string_view key) const noexcept;
 
     /// The members of several keys, no two of them equal, in one pass over the object; `found[i]` belongs to `keys[i]`.
-    /// Fastest with the keys in the order in which the text mostly has them.
+    /// Fastest with constant keys in the order in which the text mostly has them.
     template <std::size_t Count>
     [[nodiscard]] std::array<JSONValue, Count> members(const std::array<std::string_view, Count>& keys) const noexcept {
         std::array<JSONValue, Count> found;
-        findMembers(keys.data(), found.data(), Count);
+        findMembers(keys.data(), keyBits(keys.data(), Count), found.data(), Count);
         return found;
     }
 
     /// The same for a number of keys that is not constant. `found` has room for all of them, and holds absent values.
     void members(std::span<const std::string_view> keys, std::span<JSONValue> found) const noexcept {
-        findMembers(keys.data(), found.data(), keys.size());
+        findMembers(keys.data(), keyBits(keys.data(), keys.size()), found.data(), keys.size());
     }
 
     /// Calls `visit` for each element of an array, in order; never for anything else.
@@ -67,7 +73,26 @@ public:
 
 private:
     friend class JSONParser;
-    enum class Kind : std::uint8_t { Absent, Element, Tree };
+
+    /// A value without parts is taken out of its document at once, so that most questions are answered in this header.
+    enum class Kind : std::uint8_t {
+        Absent,
+        Null,
+        Boolean,
+        Integer,
+        Unsigned,
+        Real,
+        String,
+        Object,
+        Array,
+        TreeObject,
+        TreeArray,
+    };
+
+    struct Text {
+        const char* bytes;
+        std::size_t size;
+    };
 
     /// Words rather than bytes, since those stay in registers on their way.
     struct Words {
@@ -75,13 +100,33 @@ private:
         std::uintptr_t second;
     };
 
-    struct Access;  // the parser's side, in JSONValue.cpp
-    void findMembers(const std::string_view* keys, JSONValue* found, std::size_t count) const noexcept;
+    /// A bit for a key's length and last character; few keys of an object share theirs.
+    static constexpr std::uint64_t keyBit(std::string_view key) noexcept {
+        const unsigned last = key.empty() ? 0 : static_cast<unsigned char>(key.back());
+        return std::uint64_t{1} << ((key.size() * 5 + last) % 64);
+    }
+    /// Of all keys. Here rather than beside its use, so that the compiler works it out for constant keys.
+    static constexpr std::uint64_t keyBits(const std::string_view* keys, std::size_t count) noexcept {
+        std::uint64_t bits = 0;
+        for (std::size_t index = 0; index < count; ++index)
+            bits |= keyBit(keys[index]);
+        return bits;
+    }
 
-    Kind kind_ = Kind::Absent;
+    struct Access;  // the parser's side, in detail/SimdjsonElement.h
+    /// `bits` are `keyBits` of the keys. Leaves alone what is not found.
+    void findMembers(const std::string_view* keys, std::uint64_t bits, JSONValue* found,
+                     std::size_t count) const noexcept;
+
+    Kind kind_ = Kind::Absent;  // nothing else is initialised then: arrays of absent values are made for every log line
     union {
-        const JSONTree* tree_ = nullptr;
-        Words element_;  ///< the parser library's element, which this header does not name
+        const JSONTree* tree_;  ///< of an object or array that a `JSONTree` holds
+        Words element_;         ///< of any other object or array: the parser library's, which this header does not name
+        Text text_;
+        std::int64_t integer_;
+        std::uint64_t unsigned_;
+        double real_;
+        bool boolean_;
     };
 };
 

@@ -1,6 +1,7 @@
 #include "QuorvaneCore/providers/ClaudeProvider.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "QuorvaneCore/model/Deduplicator.h"
@@ -31,15 +32,21 @@ std::optional<std::string_view> filledString(const JSONValue& value) noexcept {
     return text && !text->empty() ? text : std::nullopt;
 }
 
+// In the order in which the agent writes them; the last one of the line is rare.
+constexpr std::array<std::string_view, 6> lineKeys{"cwd",       "type",      "message",
+                                                   "requestId", "timestamp", "isApiErrorMessage"};
+constexpr std::array<std::string_view, 3> messageKeys{"model", "id", "usage"};
+constexpr std::array<std::string_view, 5> usageKeys{"input_tokens", "cache_creation_input_tokens",
+                                                    "cache_read_input_tokens", "cache_creation", "output_tokens"};
+constexpr std::array<std::string_view, 2> cacheCreationKeys{"ephemeral_5m_input_tokens", "ephemeral_1h_input_tokens"};
+
 TokenUsage decodeUsage(const JSONValue& usage) noexcept {
-    const auto [input, cacheCreationTotal, cacheRead, cacheCreation, output] = usage.members<5>(
-        {"input_tokens", "cache_creation_input_tokens", "cache_read_input_tokens", "cache_creation", "output_tokens"});
+    const auto [input, cacheCreationTotal, cacheRead, cacheCreation, output] = usage.members(usageKeys);
     TokenUsage tokens{.input = JSONNumber::asInt(input),
                       .output = JSONNumber::asInt(output),
                       .cacheRead = JSONNumber::asInt(cacheRead)};
     if (cacheCreation.isObject()) {
-        const auto [fiveMinutes, oneHour] =
-            cacheCreation.members<2>({"ephemeral_5m_input_tokens", "ephemeral_1h_input_tokens"});
+        const auto [fiveMinutes, oneHour] = cacheCreation.members(cacheCreationKeys);
         tokens.cacheCreate5m = JSONNumber::asInt(fiveMinutes);
         tokens.cacheCreate1h = JSONNumber::asInt(oneHour);
     } else {
@@ -52,10 +59,9 @@ TokenUsage decodeUsage(const JSONValue& usage) noexcept {
 /// Fills `event` from the document of a line that tells of a call. False for any other; `event` is as it was then.
 /// An event has four texts, and there are hundreds of thousands of them, so each is made in its place.
 bool decodeDocument(const JSONValue& line, UsageEvent& event) {
-    const auto [folder, type, isError, message, requestId, timestamp] =
-        line.members<6>({"cwd", "type", "isApiErrorMessage", "message", "requestId", "timestamp"});
+    const auto [folder, type, message, requestId, timestamp, isError] = line.members(lineKeys);
     if (type.string() != "assistant" || isError.boolean() == true) return false;
-    const auto [messageId, model, usage] = message.members<3>({"id", "model", "usage"});
+    const auto [model, messageId, usage] = message.members(messageKeys);
     if (!usage.isObject() || usage.isEmpty()) return false;
     const std::optional<std::string_view> messageText = filledString(messageId);
     const std::optional<std::string_view> requestText = filledString(requestId);

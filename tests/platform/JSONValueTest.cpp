@@ -1,4 +1,9 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <functional>
+#include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -89,6 +94,40 @@ TEST_P(JSONValues, everyQuestionMayBeAskedOfEveryKind) {
     expectAnswers(read(R"({"a":null})"), {.isObject = true, .isEmpty = false});
 }
 
+TEST_P(JSONValues, everyKindIsToldInPartsOfOthersToo) {
+    const std::vector<std::pair<std::string, Answers>> kinds{
+        {"null", {.isNull = true}},
+        {"true", {.boolean = true}},
+        {"false", {.boolean = false}},
+        {R"("text")", {.string = "text"}},
+        {R"("")", {.string = ""}},
+        {"-9223372036854775808", {.number = JSONNumberValue{std::numeric_limits<std::int64_t>::min()}}},
+        {"9223372036854775807", {.number = JSONNumberValue{std::numeric_limits<std::int64_t>::max()}}},
+        {"9223372036854775808", {.number = JSONNumberValue{std::uint64_t{1} << 63}}},
+        {"18446744073709551616", {.number = JSONNumberValue{18446744073709551616.0}}},
+        {"1.0", {.number = JSONNumberValue{1.0}}},
+        {"{}", {.isObject = true}},
+        {R"({"b":1})", {.isObject = true, .isEmpty = false}},
+        {"[]", {.isArray = true}},
+        {"[[]]", {.isArray = true, .isEmpty = false}},
+    };
+    constexpr std::array<std::string_view, 1> keys{"a"};
+    for (const auto& [text, expected] : kinds) {
+        SCOPED_TRACE(text);
+        int visited = 0;
+        const auto expectPart = [&, &expected = expected](JSONValue part) {
+            ++visited;
+            expectAnswers(part, expected);
+        };
+        const JSONValue object = read(R"({"a":)" + text + "}");
+        expectPart(object["a"]);
+        expectPart(object.members(keys)[0]);
+        object.forEachMember([&](std::string_view, JSONValue member) { expectPart(member); });
+        read("[" + text + "]").forEachElement(expectPart);
+        EXPECT_EQ(visited, 4);
+    }
+}
+
 TEST_P(JSONValues, missingMembersAreAbsentAtAnyDepth) {
     const JSONValue value = read(R"({"a":{"b":[1]},"":7,"n":null})");
     EXPECT_TRUE(value["a"]["b"].isArray());
@@ -135,6 +174,26 @@ TEST_P(JSONValues, membersOfSeveralKeysComeInTheOrderAskedFor) {
     EXPECT_FALSE(found[3].isPresent());
     for (const JSONValue value : read("[1]").members(keys))
         EXPECT_FALSE(value.isPresent());
+}
+
+TEST_P(JSONValues, membersAreFoundInAnyOrderOfTheTextWithTheirFirstValue) {
+    constexpr std::array<std::string_view, 4> keys{"id", "", "model", "usage"};
+    // One key twice, and two that only their other characters tell from those asked for.
+    std::vector<std::string> order{"", "id", "id", "mobel", "model", "ud", "usage"};
+    do {
+        std::string text;
+        std::array<std::optional<std::int64_t>, keys.size()> expected;
+        for (std::size_t place = 0; place < order.size(); ++place) {
+            text += (text.empty() ? "{\"" : ",\"") + order[place] + "\":" + std::to_string(place);
+            const auto* const key = std::find(keys.begin(), keys.end(), order[place]);
+            if (key == keys.end()) continue;
+            std::optional<std::int64_t>& first = expected[static_cast<std::size_t>(key - keys.begin())];
+            if (!first) first = static_cast<std::int64_t>(place);
+        }
+        const auto found = read(text + "}").members(keys);
+        for (std::size_t index = 0; index < keys.size(); ++index)
+            ASSERT_EQ(found[index].integer(), expected[index]) << text << " " << keys[index];
+    } while (std::next_permutation(order.begin(), order.end()));
 }
 
 TEST_P(JSONValues, membersAgreeWithSingleLookUpsOnRandomObjects) {
