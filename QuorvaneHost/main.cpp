@@ -14,8 +14,7 @@ namespace {
 
 /// Pins the present moment. Returns the text of a usage error, or nothing.
 std::string pinNow(const std::string& text) {
-    std::optional<Date> moment = ISODate::parsePlain(text);
-    if (!moment) moment = ISODate::parseFractional(text);
+    const std::optional<Date> moment = ISODate::parse(text);
     if (!moment) return "not a time like 2026-03-01T09:30:00Z: " + text;
     Clock::pin(*moment);
     return {};

@@ -93,7 +93,7 @@ double withFraction(std::int64_t seconds, std::string_view fraction) noexcept {
     return static_cast<double>(seconds) + static_cast<double>(digits) / static_cast<double>(scale);
 }
 
-std::optional<Date> parse(std::string_view text, bool fractional) noexcept {
+std::optional<Date> parseForm(std::string_view text, bool fractional) noexcept {
     namespace chrono = std::chrono;
     Cursor cursor{text};
     const int year = cursor.digits(4);
@@ -124,11 +124,16 @@ std::optional<Date> parse(std::string_view text, bool fractional) noexcept {
 }  // namespace
 
 std::optional<Date> ISODate::parseFractional(std::string_view text) noexcept {
-    return parse(text, true);
+    return parseForm(text, true);
 }
 
 std::optional<Date> ISODate::parsePlain(std::string_view text) noexcept {
-    return parse(text, false);
+    return parseForm(text, false);
+}
+
+std::optional<Date> ISODate::parse(std::string_view text) noexcept {
+    const std::optional<Date> date = parseFractional(text);
+    return date ? date : parsePlain(text);
 }
 
 std::string ISODate::text(Date date) {

@@ -19,6 +19,9 @@ public:
     /// The form without a fraction: 2026-01-31T12:30:45Z.
     [[nodiscard]] static std::optional<Date> parsePlain(std::string_view text) noexcept;
 
+    /// Either form.
+    [[nodiscard]] static std::optional<Date> parse(std::string_view text) noexcept;
+
     /// The form without a fraction, in UTC; a fraction of the second is cut off. Dates outside the years 0 to 9999,
     /// which the form cannot hold, are written as the nearest one that it can.
     [[nodiscard]] static std::string text(Date date);

@@ -33,9 +33,7 @@ bool mentionsBilling(std::string_view line) noexcept {
 }
 
 std::optional<Date> dateOf(JSONValue value) noexcept {
-    const std::string_view text = textOf(value);
-    const std::optional<Date> date = ISODate::parseFractional(text);
-    return date ? date : ISODate::parsePlain(text);
+    return ISODate::parse(textOf(value));
 }
 
 /// A number, or a string that is one.

@@ -43,8 +43,8 @@ ProviderGaugeList ProviderGaugeList::of(std::span<const WidgetProviderSnapshot> 
         case Presentation::Layout::fullWidthStack: {
             std::vector<ProviderGaugeRow> rows =
                 stackRows(shown, showLimits, Presentation::isCompact(family), environment);
-            const bool hasLimits =
-                std::any_of(rows.begin(), rows.end(), [](const ProviderGaugeRow& row) { return row.limit.has_value(); });
+            const bool hasLimits = std::any_of(rows.begin(), rows.end(),
+                                               [](const ProviderGaugeRow& row) { return row.limit.has_value(); });
             list.limitColumn = hasLimits ? limitWidth : 0;
             list.providers = std::move(rows);
             break;

@@ -28,6 +28,7 @@ TEST_P(ISODateForms, areToldApart) {
     };
     EXPECT_EQ(seconds(ISODate::parsePlain(row.text)), row.plain);
     EXPECT_EQ(seconds(ISODate::parseFractional(row.text)), row.fractional);
+    EXPECT_EQ(seconds(ISODate::parse(row.text)), row.plain ? row.plain : row.fractional);
 }
 
 constexpr std::nullopt_t refused = std::nullopt;
