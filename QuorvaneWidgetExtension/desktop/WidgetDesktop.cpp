@@ -45,9 +45,11 @@ void WidgetDesktop::remove(WidgetInstance& instance) {
     if (place == instances_.end()) return;
     const QString id = instance.id();
     instance.retire();
-    // Its menu is still at work.
-    place->release()->deleteLater();
+    // Its menu is still at work, so it goes with the next turn of the event loop, or with the desktop.
+    WidgetInstance* const removed = place->release();
     instances_.erase(place);
+    removed->setParent(this);
+    removed->deleteLater();
     settings_.remove(id);
 }
 
