@@ -57,6 +57,10 @@ TEST(AccessibilitySummaryTest, tellsAProvidersOwnPercentageInWholeNumbersHalvesA
     EXPECT_EQ(spokenRow(row), "Claude Code $10.00");
     row.usedPercent = 49.5;
     EXPECT_EQ(spokenRow(row), "Claude Code $10.00, 50% used");
+    row.usedPercent = 48.5;  // away from zero, not to the even number
+    EXPECT_EQ(spokenRow(row), "Claude Code $10.00, 49% used");
+    row.usedPercent = -0.4;
+    EXPECT_EQ(spokenRow(row), "Claude Code $10.00, 0% used");
     row.usedPercent = 49.4;
     EXPECT_EQ(spokenRow(row), "Claude Code $10.00, 49% used");
     row.usedPercent = 130;
