@@ -176,12 +176,12 @@ constexpr const char* messagesSQL =
     "WHERE json_extract(data, '$.role') = 'assistant'\n"
     "  AND json_extract(data, '$.time.created') >= ?1";
 
-std::int64_t rowsOf(sqlite3* handle, const char* sql) {
+std::int64_t rowsOf(sqlite3* handle, const char* sql, std::int64_t bound) {
     sqlite3_stmt* statement = nullptr;
     if (::sqlite3_prepare_v2(handle, sql, -1, &statement, nullptr) != SQLITE_OK) {
         throw std::runtime_error{::sqlite3_errmsg(handle)};
     }
-    if (::sqlite3_bind_parameter_count(statement) > 0) ::sqlite3_bind_int64(statement, 1, 0);
+    if (::sqlite3_bind_parameter_count(statement) > 0) ::sqlite3_bind_int64(statement, 1, bound);
     std::int64_t rows = 0;
     const int columns = ::sqlite3_column_count(statement);
     while (::sqlite3_step(statement) == SQLITE_ROW) {
@@ -199,12 +199,12 @@ std::int64_t rowsOf(sqlite3* handle, const char* sql) {
     return rows;
 }
 
-std::int64_t rowsOf(const std::string& database, const char* first, const char* second) {
+std::int64_t rowsOf(const std::string& database, const char* first, const char* second, std::int64_t bound) {
     sqlite3* opened = nullptr;
     const int result = ::sqlite3_open_v2(database.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
     const std::unique_ptr<sqlite3, Close> handle{opened};
     if (result != SQLITE_OK) throw std::runtime_error{"cannot open " + database};
-    return rowsOf(handle.get(), first) + rowsOf(handle.get(), second);
+    return rowsOf(handle.get(), first, bound) + rowsOf(handle.get(), second, bound);
 }
 
 }  // namespace
@@ -219,12 +219,21 @@ const OpenCodeHistory::OnDisk& OpenCodeHistory::typical() {
     return history;
 }
 
-std::int64_t OpenCodeFloor::sessions(const std::string& database) {
-    return rowsOf(database, totalsSQL, sessionsSQL);
+void OpenCodeHistory::addSparkMessage(const std::string& database, std::int64_t created) {
+    const std::shared_ptr<SQLiteDatabase> opened = SQLiteDatabase::open(database);
+    const auto insert = opened->prepare("INSERT INTO message VALUES ('msg_new', 'ses_00000000', ?1, ?2);");
+    insert->bind(1, created);
+    insert->bind(2, answer(0, created, models.at(sparkModel), {.input = 1, .output = 1}, 0));
+    insert->run();
+    opened->execute("PRAGMA wal_checkpoint(TRUNCATE);");
 }
 
-std::int64_t OpenCodeFloor::messages(const std::string& database) {
-    return rowsOf(database, "SELECT id, project_id FROM session", messagesSQL);
+std::int64_t OpenCodeFloor::sessions(const std::string& database) {
+    return rowsOf(database, totalsSQL, sessionsSQL, 0);
+}
+
+std::int64_t OpenCodeFloor::messages(const std::string& database, std::int64_t createdAtOrAfterMillis) {
+    return rowsOf(database, "SELECT id, project_id FROM session", messagesSQL, createdAtOrAfterMillis);
 }
 
 }  // namespace quorvane::benchmarks

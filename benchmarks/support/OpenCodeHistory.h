@@ -27,6 +27,9 @@ public:
 
     /// Made once a run, in the data folder.
     [[nodiscard]] static const OnDisk& typical();
+
+    /// Adds one answer of Muse Spark to a database, made at that time in milliseconds since 1970.
+    static void addSparkMessage(const std::string& database, std::int64_t created);
 };
 
 /// The least that a reader of this database can do: the same statements, each row and each column of
@@ -37,7 +40,7 @@ public:
 
     /// What OpenCode's reader asks, and what Muse Spark's does. Each opens the file and returns the number of rows.
     [[nodiscard]] static std::int64_t sessions(const std::string& database);
-    [[nodiscard]] static std::int64_t messages(const std::string& database);
+    [[nodiscard]] static std::int64_t messages(const std::string& database, std::int64_t createdAtOrAfterMillis = 0);
 };
 
 }  // namespace quorvane::benchmarks
