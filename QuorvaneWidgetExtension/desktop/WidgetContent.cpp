@@ -2,12 +2,10 @@
 
 #include <QFile>
 
+#include "QuorvaneWidgetExtension/desktop/QtText.h"
+
 namespace quorvane::desktop {
 namespace {
-
-QString qString(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 /// The picture of that name; of a provider that has none, the dot that stands for any.
 QString picturePath(const std::string& asset) {
@@ -139,6 +137,8 @@ WidgetTheme WidgetTheme::of(WidgetColorScheme scheme) {
     theme.primaryText = qColor(WidgetPalette::primaryText(scheme));
     theme.mutedText = qColor(WidgetPalette::mutedText(scheme));
     theme.warningText = qColor(WidgetPalette::warningText(scheme));
+    theme.hairline = qColor(WidgetPalette::primaryText(scheme).withOpacity(0.08));
+    theme.badgeFill = qColor(WidgetPalette::warningText(scheme).withOpacity(0.12));
     for (const WidgetColor& color : WidgetPalette::background(scheme))
         theme.background.append(qColor(color));
     theme.honeyWash = qColor(WidgetPalette::honeyWash(scheme));

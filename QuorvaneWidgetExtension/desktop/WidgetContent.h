@@ -23,6 +23,8 @@ struct WidgetTheme {
     Q_PROPERTY(QColor primaryText MEMBER primaryText CONSTANT)
     Q_PROPERTY(QColor mutedText MEMBER mutedText CONSTANT)
     Q_PROPERTY(QColor warningText MEMBER warningText CONSTANT)
+    Q_PROPERTY(QColor hairline MEMBER hairline CONSTANT)
+    Q_PROPERTY(QColor badgeFill MEMBER badgeFill CONSTANT)
     Q_PROPERTY(QList<QColor> background MEMBER background CONSTANT)
     Q_PROPERTY(QColor honeyWash MEMBER honeyWash CONSTANT)
     Q_PROPERTY(QColor markRim MEMBER markRim CONSTANT)
@@ -32,6 +34,8 @@ struct WidgetTheme {
 
 public:
     QColor primaryText, mutedText, warningText;
+    QColor hairline;   ///< around the widget and between its parts
+    QColor badgeFill;  ///< behind the word of a badge
     QList<QColor> background;
     QColor honeyWash, markRim, mascotBadge;
     QColor markInk;  ///< of the mark on its badge, which is as bright in both schemes

@@ -2,14 +2,9 @@
 
 #include <QActionGroup>
 
+#include "QuorvaneWidgetExtension/desktop/QtText.h"
+
 namespace quorvane::desktop {
-namespace {
-
-QString qString(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-}  // namespace
 
 template <typename Choices, typename Choice, typename Set>
 void WidgetMenu::addChoices(std::string_view title, const Choices& choices, Choice current, Set set) {

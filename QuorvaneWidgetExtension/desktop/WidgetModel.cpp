@@ -2,10 +2,12 @@
 
 #include <QLocale>
 
+#include "QuorvaneWidgetExtension/desktop/QtText.h"
+
 namespace quorvane::desktop {
 
 void WidgetModel::show(const QuorvaneWidgetEntryView& view, const WidgetEnvironment& environment) {
-    family_ = QString::fromUtf8(rawName(view.family).data(), static_cast<qsizetype>(rawName(view.family).size()));
+    family_ = qString(rawName(view.family));
     theme_ = WidgetTheme::of(environment.colorScheme);
     content_ = WidgetContent::of(view, environment);
     accessibilitySummary_ = QString::fromStdString(view.accessibilitySummary(environment));

@@ -3,12 +3,10 @@
 #include <QStandardPaths>
 #include <algorithm>
 
+#include "QuorvaneWidgetExtension/desktop/QtText.h"
+
 namespace quorvane::desktop {
 namespace {
-
-QString qString(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 QString key(const QString& instance, const char* name) {
     return QStringLiteral("widgets/%1/%2").arg(instance, QString::fromLatin1(name));

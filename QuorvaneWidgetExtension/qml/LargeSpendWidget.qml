@@ -95,7 +95,7 @@ Item {
         anchors.top: figures.bottom
         anchors.topMargin: 9
         height: 1
-        color: Qt.alpha(widget.theme.primaryText, 0.08)
+        color: widget.theme.hairline
     }
 
     ProviderGaugeList {

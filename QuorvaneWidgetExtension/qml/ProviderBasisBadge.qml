@@ -11,7 +11,7 @@ Rectangle {
     implicitWidth: label.implicitWidth + 10
     implicitHeight: label.implicitHeight + 4
     radius: 4
-    color: Qt.alpha(theme.warningText, 0.12)
+    color: theme.badgeFill
     antialiasing: true
 
     ShrinkingText {

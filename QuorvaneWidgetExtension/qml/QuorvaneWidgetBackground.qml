@@ -6,7 +6,7 @@ BackgroundItem {
     required property widgetTheme theme
 
     colors: theme.background
-    rim: Qt.alpha(theme.primaryText, 0.08)
+    rim: theme.hairline
     radius: 22
     isMirrored: LayoutMirroring.enabled
 }
