@@ -3,6 +3,8 @@
 #include <QLinearGradient>
 #include <QPainter>
 
+#include "QuorvaneWidgetExtension/desktop/PaintedProperty.h"
+
 namespace quorvane::desktop {
 
 BackgroundItem::BackgroundItem(QQuickItem* parent) : QQuickPaintedItem{parent} {
@@ -10,31 +12,19 @@ BackgroundItem::BackgroundItem(QQuickItem* parent) : QQuickPaintedItem{parent} {
 }
 
 void BackgroundItem::setColors(const QList<QColor>& colors) {
-    if (colors == colors_) return;
-    colors_ = colors;
-    update();
-    Q_EMIT changed();
+    setPainted(*this, colors_, colors);
 }
 
 void BackgroundItem::setRim(const QColor& color) {
-    if (color == rim_) return;
-    rim_ = color;
-    update();
-    Q_EMIT changed();
+    setPainted(*this, rim_, color);
 }
 
 void BackgroundItem::setRadius(qreal radius) {
-    if (qFuzzyCompare(radius, radius_)) return;
-    radius_ = radius;
-    update();
-    Q_EMIT changed();
+    setPainted(*this, radius_, radius);
 }
 
 void BackgroundItem::setMirrored(bool isMirrored) {
-    if (isMirrored == isMirrored_) return;
-    isMirrored_ = isMirrored;
-    update();
-    Q_EMIT changed();
+    setPainted(*this, isMirrored_, isMirrored);
 }
 
 void BackgroundItem::paint(QPainter* painter) {

@@ -5,6 +5,8 @@
 #include <QSvgRenderer>
 #include <cmath>
 
+#include "QuorvaneWidgetExtension/desktop/PaintedProperty.h"
+
 namespace quorvane::desktop {
 
 PictureItem::PictureItem(QQuickItem* parent) : QQuickPaintedItem{parent} {
@@ -12,17 +14,11 @@ PictureItem::PictureItem(QQuickItem* parent) : QQuickPaintedItem{parent} {
 }
 
 void PictureItem::setSource(const QString& source) {
-    if (source == source_) return;
-    source_ = source;
-    update();
-    Q_EMIT changed();
+    setPainted(*this, source_, source);
 }
 
 void PictureItem::setColor(const QColor& color) {
-    if (color == color_) return;
-    color_ = color;
-    update();
-    Q_EMIT changed();
+    setPainted(*this, color_, color);
 }
 
 void PictureItem::paint(QPainter* painter) {

@@ -5,6 +5,7 @@
 #include <QPainterPath>
 
 #include "QuorvaneWidgetExtension/WidgetComponents/MiniSparkline.h"
+#include "QuorvaneWidgetExtension/desktop/PaintedProperty.h"
 
 namespace quorvane::desktop {
 namespace {
@@ -21,17 +22,11 @@ SparklineItem::SparklineItem(QQuickItem* parent) : QQuickPaintedItem{parent} {
 }
 
 void SparklineItem::setValues(const QList<qreal>& values) {
-    if (values == values_) return;
-    values_ = values;
-    update();
-    Q_EMIT changed();
+    setPainted(*this, values_, values);
 }
 
 void SparklineItem::setColor(const QColor& color) {
-    if (color == color_) return;
-    color_ = color;
-    update();
-    Q_EMIT changed();
+    setPainted(*this, color_, color);
 }
 
 void SparklineItem::paint(QPainter* painter) {

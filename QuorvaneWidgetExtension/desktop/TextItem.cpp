@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "QuorvaneWidgetExtension/desktop/PaintedProperty.h"
+
 namespace quorvane::desktop {
 namespace {
 
@@ -20,55 +22,39 @@ TextItem::TextItem(QQuickItem* parent) : QQuickPaintedItem{parent} {
 }
 
 void TextItem::setText(const QString& text) {
-    if (text == text_) return;
-    text_ = text;
-    redraw();
+    setPainted(*this, text_, text);
 }
 
 void TextItem::setSize(qreal size) {
-    size_ = size;
-    redraw();
+    setPainted(*this, size_, size);
 }
 
 void TextItem::setWeight(int weight) {
-    weight_ = weight;
-    redraw();
+    setPainted(*this, weight_, weight);
 }
 
 void TextItem::setColor(const QColor& color) {
-    if (color == color_) return;
-    color_ = color;
-    redraw();
+    setPainted(*this, color_, color);
 }
 
 void TextItem::setMinimumScale(qreal scale) {
-    minimumScale_ = scale;
-    redraw();
+    setPainted(*this, minimumScale_, scale);
 }
 
 void TextItem::setFigure(bool isFigure) {
-    isFigure_ = isFigure;
-    redraw();
+    setPainted(*this, isFigure_, isFigure);
 }
 
 void TextItem::setAtTheRight(bool isAtTheRight) {
-    isAtTheRight_ = isAtTheRight;
-    redraw();
+    setPainted(*this, isAtTheRight_, isAtTheRight);
 }
 
 void TextItem::setMaximumLines(int lines) {
-    maximumLines_ = lines;
-    redraw();
+    setPainted(*this, maximumLines_, lines);
 }
 
 void TextItem::setBleed(qreal bleed) {
-    bleed_ = bleed;
-    redraw();
-}
-
-void TextItem::redraw() {
-    update();
-    Q_EMIT changed();
+    setPainted(*this, bleed_, bleed);
 }
 
 void TextItem::geometryChange(const QRectF& geometry, const QRectF& old) {

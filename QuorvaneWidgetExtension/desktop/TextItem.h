@@ -62,7 +62,6 @@ protected:
     void geometryChange(const QRectF& geometry, const QRectF& old) override;
 
 private:
-    void redraw();
     [[nodiscard]] QFont font() const;
     [[nodiscard]] qreal room() const { return width() - 2 * bleed_; }
     /// The text as it stands in the lines, the last one cut to its width.
